@@ -1,0 +1,7 @@
+#pragma once
+
+namespace Tarsel::Effects
+{
+// The library's version text, "major.minor.patch".
+const char* GetVersion();
+} // namespace Tarsel::Effects

@@ -1,0 +1,18 @@
+#!/usr/bin/env bash
+# Installs the build tools this tree needs when they are missing (Debian; needs root for apt-get).
+set -euo pipefail
+missing=()
+command -v cmake >/dev/null || missing+=(cmake)
+command -v g++ >/dev/null || missing+=(g++)
+command -v lemon >/dev/null || missing+=(lemon)
+[ -f /usr/share/lemon/lempar.c ] || missing+=(lemon)
+[ -d /usr/lib/x86_64-linux-gnu/cmake/GTest ] || [ -d /usr/lib/cmake/GTest ] || missing+=(libgtest-dev libgmock-dev)
+[ -d /usr/lib/x86_64-linux-gnu/cmake/benchmark ] || [ -d /usr/lib/cmake/benchmark ] || missing+=(libbenchmark-dev)
+if [ ${#missing[@]} -gt 0 ]; then
+  if [ "$(id -u)" -ne 0 ]; then
+    echo "Missing: ${missing[*]}. Install them with: sudo apt-get install -y ${missing[*]}" >&2
+    exit 1
+  fi
+  echo "Installing: ${missing[*]}"
+  apt-get update -qq && apt-get install -y -qq "${missing[@]}"
+fi
