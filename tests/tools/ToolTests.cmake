@@ -1,0 +1,45 @@
+# End-to-end runs of the built tarsel-fx on fixtures and on the shipped shaders.
+set(_fx_data ${PROJECT_SOURCE_DIR}/tests/data/tools)
+set(_fx_script ${CMAKE_CURRENT_LIST_DIR}/RunTool.cmake)
+
+function(tarsel_fx_test name exit)
+  cmake_parse_arguments(T "" "EXPECT_FILE;REJECT" "ARGS;EXPECT" ${ARGN})
+  set(_defs -DTOOL=$<TARGET_FILE:tarsel-fx> "-DARGS=${T_ARGS}" -DWORKDIR=${PROJECT_SOURCE_DIR} -DEXPECT_EXIT=${exit})
+  if(T_EXPECT)
+    list(APPEND _defs "-DEXPECT_REGEX=${T_EXPECT}")
+  endif()
+  if(T_REJECT)
+    list(APPEND _defs "-DREJECT_REGEX=${T_REJECT}")
+  endif()
+  if(T_EXPECT_FILE)
+    list(APPEND _defs -DEXPECT_FILE=${T_EXPECT_FILE})
+  endif()
+  string(REPLACE ";" "\\;" _defs "${_defs}")
+  add_test(NAME tarsel_fx.${name} COMMAND ${CMAKE_COMMAND} ${_defs} -P ${_fx_script})
+endfunction()
+
+# The parser's line for line 5, with the file's own name and no other line number.
+tarsel_fx_test(check_syntax_error 1 ARGS check -I ${_fx_data} ${_fx_data}/syntax_error.tsl
+               EXPECT "syntax_error\\.tsl\\(5\\) : Syntax Error\\. Near \"=\""
+               REJECT "syntax_error\\.tsl\\([0-46-9]")
+# The ten spliced lines must not shift the reported line.
+tarsel_fx_test(check_error_after_include 1 ARGS check -I ${_fx_data} ${_fx_data}/error_after_include.tsl
+               EXPECT "error_after_include\\.tsl\\(5\\) : Syntax Error\\."
+               REJECT "error_after_include\\.tsl\\(([0-46-9]|1[0-9])\\)")
+# One bad file among good ones fails the run, and the good ones still load.
+tarsel_fx_test(check_mixed 1 ARGS check -I ${_fx_data} ${_fx_data}/valid.tsl ${_fx_data}/syntax_error.tsl
+               EXPECT "Acquired shader source asset successfully: '[^']*valid\\.tsl'" "syntax_error\\.tsl\\(5\\)")
+tarsel_fx_test(check_missing_file 1 ARGS check -I ${_fx_data} no_such_file.tsl
+               EXPECT "Failed to read shader source file 'no_such_file\\.tsl'")
+tarsel_fx_test(check_valid 0 ARGS check -I ${_fx_data} ${_fx_data}/valid.tsl REJECT "Syntax Error")
+tarsel_fx_test(preprocess_macros 0 ARGS preprocess -I ${_fx_data} ${_fx_data}/macros.tsl
+               EXPECT_FILE ${_fx_data}/macros.expected)
+tarsel_fx_test(preprocess_failure 1 ARGS preprocess -I ${_fx_data} ${_fx_data}/no_such_file.tsl
+               EXPECT "Failed to read shader source file")
+tarsel_fx_test(usage_no_command 2 EXPECT "usage: tarsel-fx check")
+tarsel_fx_test(usage_bad_option 2 ARGS check -x ${_fx_data}/valid.tsl EXPECT "unknown option '-x'" "usage:")
+
+# Every shipped library must load, includes and all.
+file(GLOB_RECURSE _fx_shaders CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/shaders/*.tsl)
+tarsel_fx_test(check_shipped_shaders 0 ARGS check -I ${PROJECT_SOURCE_DIR}/shaders ${_fx_shaders}
+               REJECT "Syntax Error|Parse Failure|Failed to read")

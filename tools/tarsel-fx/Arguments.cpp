@@ -1,0 +1,83 @@
+#include "Arguments.h"
+
+#include <cstring>
+
+namespace Tarsel::Fx
+{
+namespace
+{
+
+bool ParseCommand(const std::string& word, Command& command)
+{
+	static const struct
+	{
+		const char* name;
+		Command command;
+	} kCommands[] = {
+	    {"check", Command::kCheck}, {"preprocess", Command::kPreprocess}, {"print", Command::kPrint}};
+	for (const auto& entry : kCommands)
+	{
+		if (word == entry.name)
+		{
+			command = entry.command;
+			return true;
+		}
+	}
+	return false;
+}
+
+} // namespace
+
+const char* GetUsage()
+{
+	return "usage: tarsel-fx check [-I DIR]... FILE...\n"
+	       "       tarsel-fx preprocess [-I DIR]... FILE\n"
+	       "       tarsel-fx print [-I DIR]... FILE\n";
+}
+
+bool ParseArguments(int argc, const char* const* argv, Arguments& args, std::string& error)
+{
+	if (argc < 2 || !ParseCommand(argv[1], args.command))
+	{
+		error = argc < 2 ? "missing command" : std::string("unknown command '") + argv[1] + "'";
+		return false;
+	}
+	bool bOptionsEnded = false;
+	for (int i = 2; i < argc; ++i)
+	{
+		const char* arg = argv[i];
+		if (!bOptionsEnded && std::strcmp(arg, "--") == 0)
+			bOptionsEnded = true;
+		else if (!bOptionsEnded && std::strncmp(arg, "-I", 2) == 0)
+		{
+			// Both "-I DIR" and "-IDIR", as compilers accept.
+			const char* dir = arg[2] ? arg + 2 : (i + 1 < argc ? argv[++i] : nullptr);
+			if (!dir)
+			{
+				error = "-I needs a directory";
+				return false;
+			}
+			args.includeDirs.push_back(dir);
+		}
+		else if (!bOptionsEnded && arg[0] == '-' && arg[1])
+		{
+			error = std::string("unknown option '") + arg + "'";
+			return false;
+		}
+		else
+			args.files.push_back(arg);
+	}
+	if (args.files.empty())
+	{
+		error = "no input file";
+		return false;
+	}
+	if (args.command != Command::kCheck && args.files.size() != 1)
+	{
+		error = std::string(argv[1]) + " takes exactly one file";
+		return false;
+	}
+	return true;
+}
+
+} // namespace Tarsel::Fx

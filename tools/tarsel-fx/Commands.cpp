@@ -1,0 +1,111 @@
+#include "Commands.h"
+
+#include "core/Assets.h"
+#include "core/Console.h"
+#include "core/Path.h"
+#include "core/Result.h"
+#include "effects/MgrEffects.h"
+#include "quillon/Reference.h"
+
+#include <ostream>
+#include <string>
+
+namespace Tarsel::Fx
+{
+namespace
+{
+
+// The search roots live in the process-wide asset manager; they are taken out again so that an
+// in-process caller starts the next command clean.
+class ScopedSearchRoots
+{
+public:
+	explicit ScopedSearchRoots(const std::vector<std::string>& dirs)
+	{
+		for (const std::string& dir : dirs)
+			GetMgrAssets()->AddSearchRoot(Path(dir));
+	}
+	~ScopedSearchRoots() { GetMgrAssets()->ClearSearchRoots(); }
+};
+
+// A manager on the reference device for the span of one command.
+class Host
+{
+public:
+	explicit Host(IMgrConsole* console) : _pConsole(console)
+	{
+		_context.SetEcho(true);
+		Result result;
+		_bReady = _mgr.Init(console, &_context, &result);
+		PrintResult(result);
+	}
+	~Host() { _mgr.Shutdown(); }
+
+	bool IsReady() const { return _bReady; }
+	MgrEffects& GetMgr() { return _mgr; }
+
+	// One line per message. The loader adds source errors newest first, so walking back from the
+	// last restores file order.
+	void PrintResult(const Result& result) const
+	{
+		const std::vector<std::string>& messages = result.GetMessages();
+		for (auto it = messages.rbegin(); it != messages.rend(); ++it)
+		{
+			const char* newline = !it->empty() && it->back() == '\n' ? "" : "\n";
+			_pConsole->Error("%s%s", it->c_str(), newline);
+		}
+	}
+
+private:
+	IMgrConsole* _pConsole;
+	ReferenceContext _context;
+	MgrEffects _mgr;
+	bool _bReady = false;
+};
+
+int RunCheck(const Arguments& args, Host& host)
+{
+	bool bAllLoaded = true;
+	for (const std::string& file : args.files)
+	{
+		Result result;
+		bAllLoaded = host.GetMgr().AddLibrary(file, &result) && bAllLoaded;
+		host.PrintResult(result);
+	}
+	return bAllLoaded ? 0 : 1;
+}
+
+} // namespace
+
+int Run(const Arguments& args, IMgrConsole* console, std::ostream& out)
+{
+	(void)out;
+	ScopedSearchRoots roots(args.includeDirs);
+	Host host(console);
+	if (!host.IsReady())
+		return 1;
+	switch (args.command)
+	{
+	case Command::kCheck:
+		return RunCheck(args, host);
+	case Command::kPreprocess:
+	case Command::kPrint:
+		break;
+	}
+	return 1;
+}
+
+int Main(int argc, const char* const* argv, std::ostream& out, std::ostream& err)
+{
+	Arguments args;
+	std::string error;
+	if (!ParseArguments(argc, argv, args, error))
+	{
+		err << "tarsel-fx: " << error << "\n" << GetUsage();
+		return kExitUsage;
+	}
+	DefaultConsole console;
+	return Run(args, &console, out);
+}
+
+} // namespace Tarsel::Fx
