@@ -243,3 +243,34 @@ TEST(QlslCompile, FailedCompileKeepsTextAndDropsTheOldProgram)
 	          errors);
 	EXPECT_EQ(nullptr, context.CreateShader(7));
 }
+
+// Forms that only the printer produces: the empty line before else, removed calls as comments followed
+// by a block of their arguments, a bare ';' for an omitted accumulate, and its literal formats.
+TEST(QlslCompile, PrinterEdgeFormsParse)
+{
+	const std::string text =
+	    "float f(float x)\n{\n\treturn (x*2.0);\n}\n\n"
+	    "void main()\n{\n\tint a = 0;\n\tint b;\n\tif (a)\n\t\tb = 1;\n\n\telse\n\t\tb = 2;\n"
+	    "\tif ((a>0))\n\t\t// optimizer removed call to empty function g\n"
+	    "\t\t// emitting parameters of removed call as standalone expressions:\n"
+	    "\t\t{\n\t\t\t(a+1);\n\t\t};\n"
+	    "\t;\n\taccumulate(3, vec3(0.1000000000000000, 1.000000000000000, 1e+10));\n"
+	    "\tfloat z = f(-0.0);\n}\n";
+	EXPECT_EQ("", FirstError(kRay, text));
+	EXPECT_EQ("", FirstError(kFrame, text));
+	// An omitted call inside an expression leaves broken text behind, which must not pass.
+	EXPECT_EQ(LinePrefix(BodyLine("", 2)) + "syntax error: unexpected ';', expected an expression",
+	          FirstError(kRay, Body("float x = // optimizer removed call to empty function g\n;")));
+}
+
+TEST(QlslCompile, VertexCoordinateTransformsResolve)
+{
+	std::string text = ReadFixture("coord.qlvert");
+	for (const char* matrix : {"ql_PrimitiveTransformMatrix", "ql_PrimitiveTransformMatrixInverseTranspose"})
+	{
+		std::string variant = Replace(text, "ql_PrimitiveTransformMatrix)", std::string(matrix) + ")");
+		EXPECT_EQ("", FirstError(kVertex, variant)) << matrix;
+	}
+	EXPECT_NE("", FirstError(kVertex, Replace(text, "varying vec3 uv;", "varying vec3 uw;")));
+	EXPECT_NE("", FirstError(kRay, text)); // attributes belong to vertex shaders
+}

@@ -260,3 +260,15 @@ TEST(ReferenceContext, DestroysWhatTheUserLeftBehind)
 	EXPECT_EQ(0u, context.GetCountBuffers());
 	// The rest goes with the context; the sanitizer build checks that nothing leaks.
 }
+
+TEST(ReferenceBuffer, RespecifiedContentsAreNotTheOldOnes)
+{
+	ReferenceContext context;
+	IQLBuffer* buffer = context.CreateBuffer();
+	const unsigned char zeros[8] = {};
+	ASSERT_TRUE(buffer->Storage(zeros, sizeof(zeros)));
+	ASSERT_TRUE(buffer->Respecify(nullptr, sizeof(zeros), true));
+	QLBufferMapping read(buffer, QLBufferMapping::kAccess_Read);
+	ASSERT_NE(nullptr, read.GetData());
+	EXPECT_NE(0, std::memcmp(zeros, read.GetData(), sizeof(zeros)));
+}
