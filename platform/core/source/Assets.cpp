@@ -1,0 +1,144 @@
+#include "core/Assets.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <sys/stat.h>
+
+namespace Tarsel
+{
+const char* IAsset::StatusString(Status status)
+{
+	switch (status)
+	{
+	case kStatus_Ok:
+		return "ok";
+	case kStatus_NotFound:
+		return "file not found";
+	case kStatus_Unreadable:
+		return "file cannot be read";
+	case kStatus_IsDirectory:
+		return "path is a directory";
+	case kStatus_InvalidPath:
+		return "invalid path";
+	}
+	return "unknown status";
+}
+
+namespace
+{
+class FileAsset : public IAsset
+{
+public:
+	FileAsset(std::string path, std::string data) : _sPath(std::move(path)), _sData(std::move(data)) {}
+	const char* GetDescription() const override { return _sPath.c_str(); }
+	const char* GetData() const override { return _sData.c_str(); }
+	size_t GetSize() const override { return _sData.size(); }
+
+private:
+	std::string _sPath;
+	std::string _sData;
+};
+
+enum class Kind
+{
+	Missing,
+	File,
+	Directory
+};
+
+Kind KindOf(const std::string& path)
+{
+	struct stat info;
+	if (::stat(path.c_str(), &info) != 0)
+		return Kind::Missing;
+	return S_ISDIR(info.st_mode) ? Kind::Directory : Kind::File;
+}
+
+std::vector<std::string> SplitColons(const char* text)
+{
+	std::vector<std::string> vParts;
+	if (text == nullptr)
+		return vParts;
+	std::stringstream stream(text);
+	std::string sPart;
+	while (std::getline(stream, sPart, ':'))
+		if (!sPart.empty())
+			vParts.push_back(sPart);
+	return vParts;
+}
+
+std::string Join(const std::string& root, const std::string& name)
+{
+	return root.back() == '/' ? root + name : root + "/" + name;
+}
+
+class MgrAssets : public IMgrAssets
+{
+public:
+	IAsset* Acquire(const Path& path, int, IAsset::Status& status) override
+	{
+		if (!path.IsValid())
+		{
+			status = IAsset::kStatus_InvalidPath;
+			return nullptr;
+		}
+		std::string sResolved;
+		status = _Resolve(path, sResolved);
+		if (status != IAsset::kStatus_Ok)
+			return nullptr;
+		std::ifstream file(sResolved, std::ios::binary);
+		std::ostringstream data;
+		if (!file || !(data << file.rdbuf()))
+		{
+			// An empty readable file is still a file; only a failed open is unreadable.
+			if (!file.is_open())
+			{
+				status = IAsset::kStatus_Unreadable;
+				return nullptr;
+			}
+		}
+		return new FileAsset(sResolved, data.str());
+	}
+
+	void Release(IAsset* pAsset) override { delete pAsset; }
+	void AddSearchRoot(const Path& root) override { _vRoots.push_back(root.AsString()); }
+	void ClearSearchRoots() override { _vRoots.clear(); }
+
+	std::vector<std::string> GetSearchRoots() const override
+	{
+		std::vector<std::string> vRoots = _vRoots;
+		for (const std::string& sRoot : SplitColons(std::getenv("TARSEL_SHADER_PATH")))
+			vRoots.push_back(sRoot);
+		return vRoots;
+	}
+
+private:
+	// The first candidate that exists decides: a directory there is an error, not a reason to look further.
+	IAsset::Status _Resolve(const Path& path, std::string& resolved) const
+	{
+		std::vector<std::string> vCandidates{path.AsString()};
+		if (path.IsRelative())
+			for (const std::string& sRoot : GetSearchRoots())
+				vCandidates.push_back(Join(sRoot, path.AsString()));
+		for (const std::string& sCandidate : vCandidates)
+		{
+			const Kind kind = KindOf(sCandidate);
+			if (kind == Kind::Missing)
+				continue;
+			resolved = sCandidate;
+			return kind == Kind::Directory ? IAsset::kStatus_IsDirectory : IAsset::kStatus_Ok;
+		}
+		return IAsset::kStatus_NotFound;
+	}
+
+	std::vector<std::string> _vRoots;
+};
+} // namespace
+
+IMgrAssets* GetMgrAssets()
+{
+	static MgrAssets mgrAssets;
+	return &mgrAssets;
+}
+} // namespace Tarsel
