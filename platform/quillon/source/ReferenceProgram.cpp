@@ -107,7 +107,7 @@ public:
 		for (const auto& entry : uniforms)
 			_vUniforms.push_back(_Variable(*entry.second.variable));
 		for (const auto& entry : _mBlocks)
-			_vBlocks.push_back(QLVariable{entry.first, entry.first, 0, -1});
+			_vBlocks.push_back(QLVariable{entry.first, "uniformblock", 0, -1});
 		auto attributes = _mStageGlobals.find(IQLShader::kType_Vertex);
 		if (attributes != _mStageGlobals.end())
 		{
