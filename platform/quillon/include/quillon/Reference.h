@@ -26,7 +26,7 @@ struct QLUnit; // the compiled form of one text, private to the device
 struct QLVariable
 {
 	std::string name;
-	std::string type;  // the QLSL type name, e.g. "vec3", "sampler2D", or the block name for blocks
+	std::string type;  // the QLSL type name, e.g. "vec3", "sampler2D"; "uniformblock" for blocks
 	int arraySize = 0; // 0 when not an array
 	int location = -1;
 };
