@@ -1,0 +1,105 @@
+#include "core/Assets.h"
+#include "core/Path.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+using namespace Tarsel;
+namespace fs = std::filesystem;
+
+TEST(Path, SplitsIntoParts)
+{
+	const Path path("lib/shaders/wood.tsl");
+	EXPECT_EQ(path.Filename(), "wood.tsl");
+	EXPECT_EQ(path.Stem(), "wood");
+	EXPECT_EQ(path.Extension(), ".tsl");
+	EXPECT_EQ(path.ParentPath().AsString(), "lib/shaders");
+	EXPECT_EQ(path.Directories(), (std::vector<std::string>{"lib", "shaders"}));
+	EXPECT_TRUE(path.IsRelative());
+	EXPECT_FALSE(path.IsDirectory());
+	EXPECT_TRUE(path.IsValid());
+
+	EXPECT_FALSE(Path("/abs/x").IsRelative());
+	EXPECT_TRUE(Path("dir/").IsDirectory());
+	EXPECT_EQ(Path(".hidden").Stem(), ".hidden");
+	EXPECT_EQ(Path(".hidden").Extension(), "");
+	EXPECT_FALSE(Path("").IsValid());
+	EXPECT_STREQ(Path("a.b.c").AsChar(), "a.b.c");
+	EXPECT_EQ(Path("a.b.c").Extension(), ".c");
+}
+
+namespace
+{
+class AssetsTest : public ::testing::Test
+{
+protected:
+	void SetUp() override
+	{
+		std::string pattern = (fs::temp_directory_path() / "tarsel-assets-XXXXXX").string();
+		_root = mkdtemp(&pattern[0]);
+		fs::create_directories(_root / "first");
+		fs::create_directories(_root / "second");
+		fs::create_directories(_root / "env");
+		Write("second/lib.tsl", "second");
+		Write("env/lib.tsl", "env");
+		Write("env/only.tsl", "only env");
+		setenv("TARSEL_SHADER_PATH", (_root / "env").c_str(), 1);
+	}
+	void TearDown() override
+	{
+		GetMgrAssets()->ClearSearchRoots();
+		unsetenv("TARSEL_SHADER_PATH");
+		fs::remove_all(_root);
+	}
+	void Write(const std::string& name, const std::string& text) { std::ofstream(_root / name) << text; }
+	std::string Read(const std::string& name, IAsset::Status& status, std::string* pResolved = nullptr)
+	{
+		IAsset* pAsset = GetMgrAssets()->Acquire(Path(name), 1, status);
+		if (pAsset == nullptr)
+			return "<none>";
+		std::string sText = pAsset->GetData();
+		if (pResolved)
+			*pResolved = pAsset->GetDescription();
+		GetMgrAssets()->Release(pAsset);
+		return sText;
+	}
+	fs::path _root;
+};
+} // namespace
+
+TEST_F(AssetsTest, SearchRootsInOrderThenEnvironment)
+{
+	GetMgrAssets()->AddSearchRoot(Path((_root / "first").string()));
+	GetMgrAssets()->AddSearchRoot(Path((_root / "second").string()));
+	IAsset::Status status;
+	std::string sResolved;
+	EXPECT_EQ(Read("lib.tsl", status, &sResolved), "second");
+	EXPECT_EQ(sResolved, (_root / "second" / "lib.tsl").string());
+
+	Write("first/lib.tsl", "first");
+	EXPECT_EQ(Read("lib.tsl", status), "first");
+	EXPECT_EQ(Read("only.tsl", status), "only env");
+	EXPECT_EQ(status, IAsset::kStatus_Ok);
+}
+
+TEST_F(AssetsTest, MissingAndDirectoryHaveDistinctStatuses)
+{
+	IAsset::Status status;
+	EXPECT_EQ(Read("nowhere.tsl", status), "<none>");
+	EXPECT_EQ(status, IAsset::kStatus_NotFound);
+	EXPECT_EQ(Read((_root / "env").string(), status), "<none>");
+	EXPECT_EQ(status, IAsset::kStatus_IsDirectory);
+	EXPECT_STRNE(IAsset::StatusString(IAsset::kStatus_NotFound),
+	             IAsset::StatusString(IAsset::kStatus_IsDirectory));
+	EXPECT_STRNE(IAsset::StatusString(IAsset::kStatus_Unreadable),
+	             IAsset::StatusString(IAsset::kStatus_NotFound));
+}
+
+TEST_F(AssetsTest, AbsolutePathIgnoresRoots)
+{
+	IAsset::Status status;
+	EXPECT_EQ(Read((_root / "second" / "lib.tsl").string(), status), "second");
+}
