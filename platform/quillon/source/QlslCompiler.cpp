@@ -33,14 +33,20 @@ const char* QLStorageText(QLStorage storage)
 	return "";
 }
 
+void QLUnit::IndexDefinitions()
+{
+	_mDefinitions.clear();
+	for (size_t i = 0; i < functions.size(); ++i)
+	{
+		if (functions[i].defined)
+			_mDefinitions.emplace(_Key(functions[i].name, functions[i].arity), i);
+	}
+}
+
 const QLUnitFunction* QLUnit::FindDefinition(const std::string& name, int arity) const
 {
-	for (const QLUnitFunction& function : functions)
-	{
-		if (function.defined && function.arity == arity && function.name == name)
-			return &function;
-	}
-	return nullptr;
+	auto it = _mDefinitions.find(_Key(name, arity));
+	return it == _mDefinitions.end() ? nullptr : &functions[it->second];
 }
 
 namespace Qlsl
@@ -76,6 +82,7 @@ struct Overload
 	std::string_view returnType;
 	int arity = 0;
 	bool defined = false;
+	size_t unitIndex = 0; // its entry in QLUnit::functions
 };
 
 struct Aggregate
@@ -557,24 +564,10 @@ private:
 			if (overload.defined && defined)
 				_Error(name.line, Quote(name.text) + " : function already has a body");
 			overload.defined = overload.defined || defined;
-			_RecordFunction(name, returnType, parameters, arity, defined);
+			_rUnit.functions[overload.unitIndex].defined = overload.defined;
 			return;
 		}
-		overloads.push_back(Overload{parameters, returnType.name, arity, defined});
-		_RecordFunction(name, returnType, parameters, arity, defined);
-	}
-
-	void _RecordFunction(const Token& name, Ty returnType, const std::string& parameters, int arity,
-	                     bool defined)
-	{
-		for (QLUnitFunction& function : _rUnit.functions)
-		{
-			if (function.name == name.text && function.parameters == parameters)
-			{
-				function.defined = function.defined || defined;
-				return;
-			}
-		}
+		overloads.push_back(Overload{parameters, returnType.name, arity, defined, _rUnit.functions.size()});
 		_rUnit.functions.push_back(QLUnitFunction{std::string(name.text), std::string(returnType.name),
 		                                          parameters, arity, defined, name.line});
 	}
@@ -1113,7 +1106,11 @@ private:
 			_rUnit.calls.push_back(QLUnitCall{std::string(name.text), arity, name.line});
 	}
 
-	void _Finish() { _rUnit.type = _iType; }
+	void _Finish()
+	{
+		_rUnit.type = _iType;
+		_rUnit.IndexDefinitions();
+	}
 
 	const std::vector<Token>& _vTokens;
 	size_t _iPos = 0;

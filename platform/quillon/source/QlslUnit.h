@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace Tarsel
@@ -65,8 +66,14 @@ struct QLUnit
 	std::vector<QLUnitCall> calls;         // calls of functions of the text, one per name and arity
 	std::vector<QLUnitBlock> blocks;
 
+	// Indexes the definitions by name and arity; call once the text is compiled.
+	void IndexDefinitions();
 	const QLUnitFunction* FindDefinition(const std::string& name, int arity) const;
 	bool DefinesMain() const { return FindDefinition("main", 0) != nullptr; }
+
+private:
+	static std::string _Key(const std::string& name, int arity) { return name + "/" + std::to_string(arity); }
+	std::unordered_map<std::string, size_t> _mDefinitions; // key -> index into functions
 };
 
 namespace Qlsl
