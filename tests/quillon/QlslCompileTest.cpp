@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 using namespace Tarsel;
 using namespace QlslTest;
 
@@ -273,4 +275,33 @@ TEST(QlslCompile, VertexCoordinateTransformsResolve)
 	}
 	EXPECT_NE("", FirstError(kVertex, Replace(text, "varying vec3 uv;", "varying vec3 uw;")));
 	EXPECT_NE("", FirstError(kRay, text)); // attributes belong to vertex shaders
+}
+
+// Every statement and declaration terminator of the fixtures matters, and its loss is reported on its own
+// line.
+TEST(QlslCompile, EveryMissingTerminatorIsFoundOnItsLine)
+{
+	int checked = 0;
+	for (const Fixture& fixture : kFixtures)
+	{
+		const std::string text = ReadFixture(fixture.file);
+		for (size_t at = text.find(';'); at != std::string::npos; at = text.find(';', at + 1))
+		{
+			size_t lineStart = text.rfind('\n', at) + 1;
+			std::string before = text.substr(lineStart, at - lineStart);
+			bool comment = before.find("//") != std::string::npos;
+			bool lone = before.find_first_not_of('\t') == std::string::npos;
+			bool removedCallBlock = before.size() > 1 && before.back() == '}' && before[0] == '\t';
+			size_t next = text.find_first_not_of(" \t\n", at + 1);
+			bool followedByEmpty = next != std::string::npos && text[next] == ';';
+			if (comment || lone || removedCallBlock || followedByEmpty)
+				continue; // dropping these leaves valid text
+			std::string broken = text.substr(0, at) + text.substr(at + 1);
+			int line = 1 + int(std::count(text.begin(), text.begin() + long(at), '\n'));
+			std::string error = FirstError(fixture.type, broken);
+			EXPECT_EQ(0u, error.find(LinePrefix(line))) << fixture.file << " line " << line << ": " << error;
+			++checked;
+		}
+	}
+	EXPECT_GT(checked, 100);
 }
