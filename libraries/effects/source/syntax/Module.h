@@ -104,7 +104,7 @@ public:
 
 	void ClearFunctionDeclarations();
 
-	std::vector<String*>& GetStrings() { return _vStrings; }
+	// Read-only: each string knows its slot in this list.
 	const std::vector<String*>& GetStrings() const { return _vStrings; }
 	std::vector<DeclarationStatement*>& GetVariableDeclarations() { return _vVariableDeclarations; }
 	const std::vector<DeclarationStatement*>& GetVariableDeclarations() const

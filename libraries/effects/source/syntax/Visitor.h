@@ -93,11 +93,19 @@ protected:
 		while (pLink->HasReplacement())
 		{
 			T* pReplacement = pLink->GetReplacement();
-			pLink->Replace();
+			if (!pLink->Replace())
+				return false; // refused by the holder; the walk stops
 			if (!pReplacement->AcceptVisitor(this, pLink))
 				return false;
 		}
 		return true;
+	}
+	// A child replaceable through the holder's setter Method.
+	template <auto Method, class T, class H>
+	bool _VisitBound(H* pHolder, IParentSyntax* pHolderLink, T* pChild)
+	{
+		auto link = TParentSyntaxDelegate<T>::template Bind<Method>(pHolder, pHolderLink);
+		return _VisitChild<T>(pChild, &link);
 	}
 	template <class T>
 	bool _VisitChild(const T* pChild, const Syntax* pHolder)
@@ -128,12 +136,23 @@ protected:
 		return true;
 	}
 	// Declarations and other nodes without a parent link.
-	template <class C>
-	bool _VisitAll(C& container)
+	template <class T>
+	bool _VisitAll(const std::vector<T*>& vNodes)
 	{
-		for (auto* pNode : container)
+		for (size_t i = 0; i < vNodes.size(); ++i)
 		{
-			if (!pNode->AcceptVisitor(this))
+			if (vNodes[i] && !vNodes[i]->AcceptVisitor(this))
+				return false;
+		}
+		return true;
+	}
+	template <class T>
+	bool _VisitAllConst(const std::vector<T*>& vNodes)
+	{
+		for (size_t i = 0; i < vNodes.size(); ++i)
+		{
+			const T* pNode = vNodes[i];
+			if (pNode && !pNode->AcceptVisitor(this))
 				return false;
 		}
 		return true;

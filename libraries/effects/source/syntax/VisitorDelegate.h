@@ -2,25 +2,20 @@
 
 #include "syntax/Visitor.h"
 
-#include <functional>
+#include "core/Delegate.h"
 
 namespace Tarsel::Effects
 {
 
-// Single-purpose visitors that hand every node of class N to a delegate, children before their parents.
+// Single-purpose visitors that hand every node of class N to a bound delegate. The node's children are
+// walked first, so children reach the delegate before their parents.
 template <class N, class P>
 class TVisitorSyntaxDelegate : public Visitor
 {
 public:
-	using Delegate = std::function<bool(N*, P*)>;
+	using Delegate = FastDelegate2<N*, P*, bool>;
 
-	explicit TVisitorSyntaxDelegate(Delegate delegate) : _delegate(std::move(delegate)) {}
-	template <class O>
-	TVisitorSyntaxDelegate(O* pObject, bool (O::*pfnMethod)(N*, P*))
-	    : _delegate([pObject, pfnMethod](N* pNode, P* pParent)
-	                { return (pObject->*pfnMethod)(pNode, pParent); })
-	{
-	}
+	explicit TVisitorSyntaxDelegate(const Delegate& delegate) : _delegate(delegate) {}
 
 	using Visitor::Visit;
 	bool Visit(N* pNode, P* pParent) override
@@ -37,15 +32,9 @@ template <class N, class P>
 class TVisitorSyntaxConstDelegate : public Visitor
 {
 public:
-	using Delegate = std::function<bool(const N*, P*)>;
+	using Delegate = FastDelegate2<const N*, P*, bool>;
 
-	explicit TVisitorSyntaxConstDelegate(Delegate delegate) : _delegate(std::move(delegate)) {}
-	template <class O>
-	TVisitorSyntaxConstDelegate(O* pObject, bool (O::*pfnMethod)(const N*, P*))
-	    : _delegate([pObject, pfnMethod](const N* pNode, P* pParent)
-	                { return (pObject->*pfnMethod)(pNode, pParent); })
-	{
-	}
+	explicit TVisitorSyntaxConstDelegate(const Delegate& delegate) : _delegate(delegate) {}
 
 	using Visitor::Visit;
 	bool Visit(const N* pNode, P* pParent) override
@@ -63,17 +52,9 @@ template <class N, class P, class A>
 class TVisitorSyntaxDelegate1 : public Visitor
 {
 public:
-	using Delegate = std::function<bool(N*, P*, A)>;
+	using Delegate = FastDelegate3<N*, P*, A, bool>;
 
-	TVisitorSyntaxDelegate1(Delegate delegate, A argument)
-	    : _delegate(std::move(delegate)), _argument(std::move(argument))
-	{
-	}
-	template <class O>
-	TVisitorSyntaxDelegate1(O* pObject, bool (O::*pfnMethod)(N*, P*, A), A argument)
-	    : _delegate([pObject, pfnMethod](N* pNode, P* pParent, A a)
-	                { return (pObject->*pfnMethod)(pNode, pParent, a); }),
-	      _argument(std::move(argument))
+	TVisitorSyntaxDelegate1(const Delegate& delegate, A argument) : _delegate(delegate), _argument(argument)
 	{
 	}
 

@@ -1,0 +1,808 @@
+#include "syntax/Syntax.h"
+#include "syntax/SyntaxHelpers.h"
+
+#include "core/Assert.h"
+
+#include <cstring>
+#include <new>
+
+namespace Tarsel::Effects
+{
+
+using namespace Detail;
+
+// ---------------------------------------------------------------------------------------------------------
+// Allocation. Nodes and strings are small and made by the hundred thousand while parsing, so they come from
+// per-thread free lists of 16-byte size classes carved out of 64 KB chunks. Chunks are never returned (a
+// block freed on another thread simply joins that thread's list). Sanitizer builds use the global heap so
+// that double deletes and leaks of nodes stay visible.
+// ---------------------------------------------------------------------------------------------------------
+
+namespace
+{
+
+#if defined(__SANITIZE_ADDRESS__) || defined(TARSEL_SYNTAX_NO_POOL)
+constexpr bool kUsePool = false;
+#else
+constexpr bool kUsePool = true;
+#endif
+
+constexpr size_t kGranule = 16;
+constexpr size_t kSizeClasses = 16; // blocks up to 256 bytes
+constexpr size_t kChunkBytes = 64 * 1024;
+
+struct FreeBlock
+{
+	FreeBlock* pNext;
+};
+
+struct Pool
+{
+	FreeBlock* aFree[kSizeClasses];
+	char* pBump;
+	size_t nLeft;
+};
+
+thread_local Pool t_pool; // plain data: usable during static destruction
+
+void* PoolAllocate(size_t nBytes)
+{
+	if (!kUsePool || nBytes == 0 || nBytes > kGranule * kSizeClasses)
+		return ::operator new(nBytes);
+	const size_t iClass = (nBytes - 1) / kGranule;
+	Pool& pool = t_pool;
+	if (FreeBlock* pBlock = pool.aFree[iClass])
+	{
+		pool.aFree[iClass] = pBlock->pNext;
+		return pBlock;
+	}
+	const size_t nBlock = (iClass + 1) * kGranule;
+	if (pool.nLeft < nBlock)
+	{
+		pool.pBump = static_cast<char*>(::operator new(kChunkBytes));
+		pool.nLeft = kChunkBytes;
+	}
+	void* p = pool.pBump;
+	pool.pBump += nBlock;
+	pool.nLeft -= nBlock;
+	return p;
+}
+
+void PoolFree(void* p, size_t nBytes)
+{
+	if (!p)
+		return;
+	if (!kUsePool || nBytes == 0 || nBytes > kGranule * kSizeClasses)
+	{
+		::operator delete(p);
+		return;
+	}
+	const size_t iClass = (nBytes - 1) / kGranule;
+	FreeBlock* pBlock = static_cast<FreeBlock*>(p);
+	pBlock->pNext = t_pool.aFree[iClass];
+	t_pool.aFree[iClass] = pBlock;
+}
+
+// Nodes waiting to be deleted by the outermost running Destroy, or null when none runs.
+thread_local std::vector<Syntax*>* t_pPending = nullptr;
+
+const LocationRange& RangeOr(const Syntax* pNode, const LocationRange& fallback)
+{
+	return pNode ? pNode->GetRange() : fallback;
+}
+
+} // namespace
+
+void* Syntax::operator new(size_t nBytes)
+{
+	return PoolAllocate(nBytes);
+}
+
+void Syntax::operator delete(void* p, size_t nBytes)
+{
+	PoolFree(p, nBytes);
+}
+
+void* String::operator new(size_t nBytes)
+{
+	return PoolAllocate(nBytes);
+}
+
+void String::operator delete(void* p, size_t nBytes)
+{
+	PoolFree(p, nBytes);
+}
+
+void Syntax::Destroy(Syntax* pNode)
+{
+	if (!pNode)
+		return;
+	if (t_pPending)
+	{
+		t_pPending->push_back(pNode);
+		return;
+	}
+	std::vector<Syntax*> vPending;
+	t_pPending = &vPending;
+	delete pNode;
+	while (!vPending.empty())
+	{
+		Syntax* pNext = vPending.back();
+		vPending.pop_back();
+		delete pNext;
+	}
+	t_pPending = nullptr;
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// Ranges and strings
+// ---------------------------------------------------------------------------------------------------------
+
+bool LocationRange::operator==(const LocationRange& other) const
+{
+	return _pSource == other._pSource && _iBeginLine == other._iBeginLine &&
+	       _iBeginColumn == other._iBeginColumn && _iEndLine == other._iEndLine &&
+	       _iEndColumn == other._iEndColumn;
+}
+
+std::string LocationRange::GetLocationText() const
+{
+	std::string sName = "<generated>";
+	if (_pSource)
+	{
+		const size_t iSlash = _pSource->find_last_of("/\\");
+		sName = iSlash == std::string::npos ? *_pSource : _pSource->substr(iSlash + 1);
+	}
+	return sName + ":" + std::to_string(_iBeginLine);
+}
+
+void Syntax::SetRange(const Syntax* pSyntax)
+{
+	if (pSyntax)
+		_range = pSyntax->GetRange();
+}
+
+void Syntax::SetRange(const LocationRange& first, const LocationRange& last)
+{
+	LocationRange range = first;
+	if (last._pSource)
+		range._pSource = last._pSource;
+	range._iEndLine = last._iEndLine;
+	range._iEndColumn = last._iEndColumn;
+	_range = range;
+}
+
+void Syntax::SetRange(const LocationRange& first, const Syntax* pLast)
+{
+	SetRange(first, RangeOr(pLast, first));
+}
+
+void Syntax::SetRange(const Syntax* pFirst, const LocationRange& last)
+{
+	SetRange(RangeOr(pFirst, last), last);
+}
+
+void Syntax::SetRange(const Syntax* pFirst, const Syntax* pLast)
+{
+	if (pFirst || pLast)
+		SetRange(RangeOr(pFirst, pLast->GetRange()), RangeOr(pLast, pFirst->GetRange()));
+}
+
+void Syntax::ExpandRange(const Syntax* pSyntax)
+{
+	if (pSyntax)
+		SetRange(_range, pSyntax->GetRange());
+}
+
+String::String(const char* pText) : _sText(pText ? pText : "") {}
+
+String::~String() = default;
+
+String* String::Clone(Module* pModule) const
+{
+	return pModule->CreateString(_sText.c_str());
+}
+
+bool StringsEqual(const String* pA, const String* pB)
+{
+	if (!pA || !pB)
+		return pA == pB;
+	return pA->GetString() == pB->GetString();
+}
+
+int Detail::CompareStrings(const String* pA, const String* pB)
+{
+	if (!pA || !pB)
+		return (pA != nullptr) - (pB != nullptr);
+	return pA->GetString().compare(pB->GetString());
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// Expressions
+// ---------------------------------------------------------------------------------------------------------
+
+Assignment::Assignment(Module* pModule, Operator eOperator, Expression* pLeft, Expression* pRight)
+    : Expression(pModule), _eOperator(eOperator), _pLeft(pLeft), _pRight(pRight)
+{
+}
+
+Assignment::~Assignment()
+{
+	_Destroy(_pLeft);
+	_Destroy(_pRight);
+}
+
+Assignment* Assignment::Clone(Module* pModule) const
+{
+	return WithRange(
+	    pModule->CreateAssignment(_eOperator, CloneNode(_pLeft, pModule), CloneNode(_pRight, pModule)), this);
+}
+
+bool Assignment::Equals(const Expression* pOther) const
+{
+	const Assignment* p = SameClass<Assignment>(pOther);
+	return p && _eOperator == p->_eOperator && EqualNodes(_pLeft, p->_pLeft) &&
+	       EqualNodes(_pRight, p->_pRight);
+}
+
+BoolConstant* BoolConstant::Clone(Module* pModule) const
+{
+	return WithRange(pModule->CreateBoolConstant(_bValue), this);
+}
+
+bool BoolConstant::Equals(const Expression* pOther) const
+{
+	const BoolConstant* p = SameClass<BoolConstant>(pOther);
+	return p && _bValue == p->_bValue;
+}
+
+IntConstant* IntConstant::Clone(Module* pModule) const
+{
+	return WithRange(pModule->CreateIntConstant(_iValue), this);
+}
+
+bool IntConstant::Equals(const Expression* pOther) const
+{
+	const IntConstant* p = SameClass<IntConstant>(pOther);
+	return p && _iValue == p->_iValue;
+}
+
+FloatConstant::FloatConstant(Module* pModule, String* pString, double dValue)
+    : Expression(pModule), _dValue(dValue), _pString(pString)
+{
+}
+
+FloatConstant::~FloatConstant()
+{
+	ReleaseString(GetModule(), _pString);
+}
+
+FloatConstant* FloatConstant::Clone(Module* pModule) const
+{
+	return WithRange(pModule->CreateFloatConstant(CloneString(_pString, pModule), _dValue), this);
+}
+
+bool FloatConstant::Equals(const Expression* pOther) const
+{
+	const FloatConstant* p = SameClass<FloatConstant>(pOther);
+	return p && _dValue == p->_dValue;
+}
+
+UnaryOperator::UnaryOperator(Module* pModule, Operator eOperator, Expression* pExpression)
+    : Expression(pModule), _eOperator(eOperator), _pExpression(pExpression)
+{
+}
+
+UnaryOperator::~UnaryOperator()
+{
+	_Destroy(_pExpression);
+}
+
+UnaryOperator* UnaryOperator::Clone(Module* pModule) const
+{
+	return WithRange(pModule->CreateUnaryOperator(_eOperator, CloneNode(_pExpression, pModule)), this);
+}
+
+bool UnaryOperator::Equals(const Expression* pOther) const
+{
+	const UnaryOperator* p = SameClass<UnaryOperator>(pOther);
+	return p && _eOperator == p->_eOperator && EqualNodes(_pExpression, p->_pExpression);
+}
+
+PostOperator::PostOperator(Module* pModule, Operator eOperator, Expression* pExpression)
+    : Expression(pModule), _eOperator(eOperator), _pExpression(pExpression)
+{
+}
+
+PostOperator::~PostOperator()
+{
+	_Destroy(_pExpression);
+}
+
+PostOperator* PostOperator::Clone(Module* pModule) const
+{
+	return WithRange(pModule->CreatePostOperator(_eOperator, CloneNode(_pExpression, pModule)), this);
+}
+
+bool PostOperator::Equals(const Expression* pOther) const
+{
+	const PostOperator* p = SameClass<PostOperator>(pOther);
+	return p && _eOperator == p->_eOperator && EqualNodes(_pExpression, p->_pExpression);
+}
+
+BinaryOperator::BinaryOperator(Module* pModule, Operator eOperator, Expression* pLeft, Expression* pRight)
+    : Expression(pModule), _eOperator(eOperator), _pLeft(pLeft), _pRight(pRight)
+{
+}
+
+BinaryOperator::~BinaryOperator()
+{
+	_Destroy(_pLeft);
+	_Destroy(_pRight);
+}
+
+// Sums and comma lists of any length nest to the left; Clone and Equals follow that spine in a loop so
+// that such chains need no stack depth of their own.
+BinaryOperator* BinaryOperator::Clone(Module* pModule) const
+{
+	std::vector<const BinaryOperator*> vSpine;
+	const Expression* pBottom = this;
+	while (pBottom && pBottom->GetClass() == kClass_BinaryOperator)
+	{
+		vSpine.push_back(static_cast<const BinaryOperator*>(pBottom));
+		pBottom = vSpine.back()->_pLeft;
+	}
+	Expression* pClone = CloneNode(pBottom, pModule);
+	for (size_t i = vSpine.size(); i-- > 0;)
+	{
+		const BinaryOperator* pSource = vSpine[i];
+		pClone = WithRange(
+		    pModule->CreateBinaryOperator(pSource->_eOperator, pClone, CloneNode(pSource->_pRight, pModule)),
+		    pSource);
+	}
+	return static_cast<BinaryOperator*>(pClone);
+}
+
+bool BinaryOperator::Equals(const Expression* pOther) const
+{
+	const Expression* pA = this;
+	const Expression* pB = pOther;
+	while (pA && pA->GetClass() == kClass_BinaryOperator)
+	{
+		const BinaryOperator* pNodeA = static_cast<const BinaryOperator*>(pA);
+		const BinaryOperator* pNodeB = SameClass<BinaryOperator>(pB);
+		if (!pNodeB || pNodeA->_eOperator != pNodeB->_eOperator ||
+		    !EqualNodes(pNodeA->_pRight, pNodeB->_pRight))
+			return false;
+		pA = pNodeA->_pLeft;
+		pB = pNodeB->_pLeft;
+	}
+	return EqualNodes(pA, pB);
+}
+
+Conditional::Conditional(Module* pModule, Expression* pCondition, Expression* pTrue, Expression* pFalse)
+    : Expression(pModule), _pCondition(pCondition), _pTrue(pTrue), _pFalse(pFalse)
+{
+}
+
+Conditional::~Conditional()
+{
+	_Destroy(_pCondition);
+	_Destroy(_pTrue);
+	_Destroy(_pFalse);
+}
+
+Conditional* Conditional::Clone(Module* pModule) const
+{
+	return WithRange(pModule->CreateConditional(CloneNode(_pCondition, pModule), CloneNode(_pTrue, pModule),
+	                                            CloneNode(_pFalse, pModule)),
+	                 this);
+}
+
+bool Conditional::Equals(const Expression* pOther) const
+{
+	const Conditional* p = SameClass<Conditional>(pOther);
+	return p && EqualNodes(_pCondition, p->_pCondition) && EqualNodes(_pTrue, p->_pTrue) &&
+	       EqualNodes(_pFalse, p->_pFalse);
+}
+
+Variable::~Variable()
+{
+	ReleaseString(GetModule(), _pIdentifier);
+}
+
+Variable* Variable::Clone(Module* pModule) const
+{
+	return WithRange(pModule->CreateVariable(CloneString(_pIdentifier, pModule)), this);
+}
+
+bool Variable::Equals(const Expression* pOther) const
+{
+	const Variable* p = SameClass<Variable>(pOther);
+	return p && StringsEqual(_pIdentifier, p->_pIdentifier);
+}
+
+FieldSelection::FieldSelection(Module* pModule, Expression* pExpression, String* pField)
+    : Expression(pModule), _pExpression(pExpression), _pField(pField)
+{
+}
+
+FieldSelection::~FieldSelection()
+{
+	_Destroy(_pExpression);
+	ReleaseString(GetModule(), _pField);
+}
+
+FieldSelection* FieldSelection::Clone(Module* pModule) const
+{
+	return WithRange(
+	    pModule->CreateFieldSelection(CloneNode(_pExpression, pModule), CloneString(_pField, pModule)), this);
+}
+
+bool FieldSelection::Equals(const Expression* pOther) const
+{
+	const FieldSelection* p = SameClass<FieldSelection>(pOther);
+	return p && EqualNodes(_pExpression, p->_pExpression) && StringsEqual(_pField, p->_pField);
+}
+
+FunctionSelection::FunctionSelection(Module* pModule, Expression* pExpression, FunctionCall* pFunction)
+    : Expression(pModule), _pExpression(pExpression), _pFunction(pFunction)
+{
+}
+
+FunctionSelection::~FunctionSelection()
+{
+	_Destroy(_pExpression);
+	_Destroy(_pFunction);
+}
+
+bool FunctionSelection::SetFunction(FunctionCall* pFunction)
+{
+	return _Replace(_pFunction, pFunction);
+}
+
+FunctionSelection* FunctionSelection::Clone(Module* pModule) const
+{
+	return WithRange(
+	    pModule->CreateFunctionSelection(CloneNode(_pExpression, pModule), CloneNode(_pFunction, pModule)),
+	    this);
+}
+
+bool FunctionSelection::Equals(const Expression* pOther) const
+{
+	const FunctionSelection* p = SameClass<FunctionSelection>(pOther);
+	return p && EqualNodes(_pExpression, p->_pExpression) && EqualNodes(_pFunction, p->_pFunction);
+}
+
+Subscript::Subscript(Module* pModule, Expression* pArray, Expression* pIndex)
+    : Expression(pModule), _pArray(pArray), _pIndex(pIndex)
+{
+}
+
+Subscript::~Subscript()
+{
+	_Destroy(_pArray);
+	_Destroy(_pIndex);
+}
+
+Subscript* Subscript::Clone(Module* pModule) const
+{
+	return WithRange(pModule->CreateSubscript(CloneNode(_pArray, pModule), CloneNode(_pIndex, pModule)),
+	                 this);
+}
+
+bool Subscript::Equals(const Expression* pOther) const
+{
+	const Subscript* p = SameClass<Subscript>(pOther);
+	return p && EqualNodes(_pArray, p->_pArray) && EqualNodes(_pIndex, p->_pIndex);
+}
+
+FunctionCall::FunctionCall(Module* pModule, String* pName)
+    : Expression(pModule), _pName(pName), _pType(nullptr)
+{
+}
+
+FunctionCall::FunctionCall(Module* pModule, Type* pType) : Expression(pModule), _pName(nullptr), _pType(pType)
+{
+}
+
+FunctionCall::~FunctionCall()
+{
+	DestroySequence(_vParameters);
+	_Destroy(_pType);
+	ReleaseString(GetModule(), _pName);
+}
+
+void FunctionCall::SetName(String* pName)
+{
+	ReplaceString(GetModule(), _pName, pName);
+}
+
+void FunctionCall::AddParameter(Expression* pExpression)
+{
+	TARSEL_ASSERT(pExpression != NULL);
+	_vParameters.push_back(pExpression);
+}
+
+// The clone keeps the source's range like every other node, so that messages about generated code can
+// still point at the library line.
+FunctionCall* FunctionCall::Clone(Module* pModule) const
+{
+	FunctionCall* pClone = _pName ? pModule->CreateFunctionCall(CloneString(_pName, pModule))
+	                              : pModule->CreateFunctionCall(CloneNode(_pType, pModule));
+	for (const Expression* pParameter : _vParameters)
+		pClone->AddParameter(CloneNode(pParameter, pModule));
+	return WithRange(pClone, this);
+}
+
+bool FunctionCall::Equals(const Expression* pOther) const
+{
+	const FunctionCall* p = SameClass<FunctionCall>(pOther);
+	if (!p || !StringsEqual(_pName, p->_pName))
+		return false;
+	if (_pType && !_pType->Equals(p->_pType))
+		return false;
+	return EqualSequences(_vParameters, p->_vParameters);
+}
+
+bool FunctionCall::Equals(const FunctionPrototype* pPrototype) const
+{
+	return pPrototype && _pName && pPrototype->GetName() && StringsEqual(_pName, pPrototype->GetName());
+}
+
+Condition::Condition(Module* pModule, Expression* pExpression)
+    : Expression(pModule), _pExpression(pExpression), _pDeclaration(nullptr)
+{
+}
+
+Condition::Condition(Module* pModule, Declaration* pDeclaration)
+    : Expression(pModule), _pExpression(nullptr), _pDeclaration(pDeclaration)
+{
+}
+
+Condition::~Condition()
+{
+	_Destroy(_pExpression);
+	_Destroy(_pDeclaration);
+}
+
+Condition* Condition::Clone(Module* pModule) const
+{
+	Condition* pClone = _pDeclaration ? pModule->CreateCondition(CloneNode(_pDeclaration, pModule))
+	                                  : pModule->CreateCondition(CloneNode(_pExpression, pModule));
+	return WithRange(pClone, this);
+}
+
+bool Condition::Equals(const Expression* pOther) const
+{
+	const Condition* p = SameClass<Condition>(pOther);
+	if (!p)
+		return false;
+	if (_pExpression && p->_pExpression && _pExpression->Equals(p->_pExpression))
+		return true;
+	return _pDeclaration && p->_pDeclaration && _pDeclaration->Equals(p->_pDeclaration);
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// Statements
+// ---------------------------------------------------------------------------------------------------------
+
+EmptyStatement* EmptyStatement::Clone(Module* pModule) const
+{
+	return WithRange(pModule->CreateEmptyStatement(), this);
+}
+
+bool EmptyStatement::Equals(const Statement* pOther) const
+{
+	return SameClass<EmptyStatement>(pOther) != nullptr;
+}
+
+DeclarationStatement::DeclarationStatement(Module* pModule, VariableDeclaration* pDeclaration)
+    : Statement(pModule), _pDeclaration(pDeclaration)
+{
+}
+
+DeclarationStatement::~DeclarationStatement()
+{
+	_Destroy(_pDeclaration);
+}
+
+DeclarationStatement* DeclarationStatement::Clone(Module* pModule) const
+{
+	return WithRange(pModule->CreateDeclarationStatement(CloneNode(_pDeclaration, pModule)), this);
+}
+
+bool DeclarationStatement::Equals(const Statement* pOther) const
+{
+	const DeclarationStatement* p = SameClass<DeclarationStatement>(pOther);
+	return p && EqualNodes(_pDeclaration, p->_pDeclaration);
+}
+
+bool DeclarationStatement::operator<(const DeclarationStatement& other) const
+{
+	if (GetClass() != other.GetClass())
+		return GetClass() < other.GetClass();
+	if (!_pDeclaration || !other._pDeclaration)
+		return !_pDeclaration && other._pDeclaration;
+	return *_pDeclaration < *other._pDeclaration;
+}
+
+ExpressionStatement::ExpressionStatement(Module* pModule, Expression* pExpression)
+    : Statement(pModule), _pExpression(pExpression)
+{
+}
+
+ExpressionStatement::~ExpressionStatement()
+{
+	_Destroy(_pExpression);
+}
+
+ExpressionStatement* ExpressionStatement::Clone(Module* pModule) const
+{
+	return WithRange(pModule->CreateExpressionStatement(CloneNode(_pExpression, pModule)), this);
+}
+
+bool ExpressionStatement::Equals(const Statement* pOther) const
+{
+	const ExpressionStatement* p = SameClass<ExpressionStatement>(pOther);
+	return p && EqualNodes(_pExpression, p->_pExpression);
+}
+
+CompoundStatement::CompoundStatement(Module* pModule, Statement* pStatement) : Statement(pModule)
+{
+	_vStatements.push_back(pStatement);
+}
+
+CompoundStatement::~CompoundStatement()
+{
+	DestroySequence(_vStatements);
+}
+
+void CompoundStatement::AddStatement(Statement* pStatement)
+{
+	if (_vStatements.empty())
+		SetRange(pStatement);
+	else
+		ExpandRange(pStatement);
+	_vStatements.push_back(pStatement);
+}
+
+CompoundStatement* CompoundStatement::Clone(Module* pModule) const
+{
+	CompoundStatement* pClone = pModule->CreateCompoundStatement();
+	for (const Statement* pStatement : _vStatements)
+		pClone->_vStatements.push_back(CloneNode(pStatement, pModule));
+	return WithRange(pClone, this);
+}
+
+bool CompoundStatement::Equals(const Statement* pOther) const
+{
+	const CompoundStatement* p = SameClass<CompoundStatement>(pOther);
+	return p && EqualSequences(_vStatements, p->_vStatements);
+}
+
+SelectionStatement::~SelectionStatement()
+{
+	_Destroy(_pCondition);
+	_Destroy(_pThen);
+	_Destroy(_pElse);
+}
+
+SelectionStatement* SelectionStatement::Clone(Module* pModule) const
+{
+	SelectionStatement* pClone = pModule->CreateSelectionStatement();
+	pClone->SetCondition(CloneNode(_pCondition, pModule));
+	pClone->SetThen(CloneNode(_pThen, pModule));
+	pClone->SetElse(CloneNode(_pElse, pModule));
+	return WithRange(pClone, this);
+}
+
+bool SelectionStatement::Equals(const Statement* pOther) const
+{
+	const SelectionStatement* p = SameClass<SelectionStatement>(pOther);
+	return p && EqualNodes(_pElse, p->_pElse) && EqualNodes(_pCondition, p->_pCondition) &&
+	       EqualNodes(_pThen, p->_pThen);
+}
+
+IterationStatement::~IterationStatement()
+{
+	_Destroy(_pStatement);
+}
+
+WhileStatement::WhileStatement(Module* pModule, Condition* pCondition, Statement* pStatement)
+    : IterationStatement(pModule, pStatement), _pCondition(pCondition)
+{
+}
+
+WhileStatement::~WhileStatement()
+{
+	_Destroy(_pCondition);
+}
+
+WhileStatement* WhileStatement::Clone(Module* pModule) const
+{
+	return WithRange(
+	    pModule->CreateWhileStatement(CloneNode(_pCondition, pModule), CloneNode(GetStatement(), pModule)),
+	    this);
+}
+
+bool WhileStatement::Equals(const Statement* pOther) const
+{
+	const WhileStatement* p = SameClass<WhileStatement>(pOther);
+	return p && EqualNodes(_pCondition, p->_pCondition) && EqualNodes(GetStatement(), p->GetStatement());
+}
+
+DoWhileStatement::DoWhileStatement(Module* pModule, Statement* pStatement, Expression* pExpression)
+    : IterationStatement(pModule, pStatement), _pExpression(pExpression)
+{
+}
+
+DoWhileStatement::~DoWhileStatement()
+{
+	_Destroy(_pExpression);
+}
+
+DoWhileStatement* DoWhileStatement::Clone(Module* pModule) const
+{
+	return WithRange(
+	    pModule->CreateDoWhileStatement(CloneNode(GetStatement(), pModule), CloneNode(_pExpression, pModule)),
+	    this);
+}
+
+bool DoWhileStatement::Equals(const Statement* pOther) const
+{
+	const DoWhileStatement* p = SameClass<DoWhileStatement>(pOther);
+	return p && EqualNodes(GetStatement(), p->GetStatement()) && EqualNodes(_pExpression, p->_pExpression);
+}
+
+ForStatement::ForStatement(Module* pModule, Expression* pIteration)
+    : IterationStatement(pModule), _pIteration(pIteration)
+{
+}
+
+ForStatement::~ForStatement()
+{
+	_Destroy(_pInitialization);
+	_Destroy(_pCondition);
+	_Destroy(_pIteration);
+}
+
+ForStatement* ForStatement::Clone(Module* pModule) const
+{
+	ForStatement* pClone = pModule->CreateForStatement(CloneNode(_pIteration, pModule));
+	pClone->SetInitialization(CloneNode(_pInitialization, pModule));
+	pClone->SetCondition(CloneNode(_pCondition, pModule));
+	pClone->SetStatement(CloneNode(GetStatement(), pModule));
+	return WithRange(pClone, this);
+}
+
+bool ForStatement::Equals(const Statement* pOther) const
+{
+	const ForStatement* p = SameClass<ForStatement>(pOther);
+	return p && EqualNodes(_pInitialization, p->_pInitialization) &&
+	       EqualNodes(_pCondition, p->_pCondition) && EqualNodes(_pIteration, p->_pIteration) &&
+	       EqualNodes(GetStatement(), p->GetStatement());
+}
+
+JumpStatement::JumpStatement(Module* pModule, JumpType eType, Expression* pExpression)
+    : Statement(pModule), _eType(eType), _pExpression(pExpression)
+{
+}
+
+JumpStatement::~JumpStatement()
+{
+	_Destroy(_pExpression);
+}
+
+JumpStatement* JumpStatement::Clone(Module* pModule) const
+{
+	return WithRange(pModule->CreateJumpStatement(_eType, CloneNode(_pExpression, pModule)), this);
+}
+
+bool JumpStatement::Equals(const Statement* pOther) const
+{
+	const JumpStatement* p = SameClass<JumpStatement>(pOther);
+	return p && _eType == p->_eType && EqualNodes(_pExpression, p->_pExpression);
+}
+
+} // namespace Tarsel::Effects
