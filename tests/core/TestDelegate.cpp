@@ -44,6 +44,33 @@ TEST(Delegate, CallsBoundMemberAndComparesByObjectThenFunction)
 	EXPECT_TRUE(FastDelegate0<bool>().empty());
 }
 
+TEST(Delegate, CallingAnEmptyDelegateIsReportedNotFatal)
+{
+	RecordingAssertHandler handler;
+	ScopedAssertHandler scope(&handler);
+	const FastDelegate1<int, bool> empty;
+	EXPECT_FALSE(empty(1));
+	EXPECT_EQ(handler.GetReports().size(), 1u);
+}
+
+TEST(Delegate, OrderIsStrictAndWeakAcrossObjectsAndMethods)
+{
+	Listener a, b;
+	const std::vector<FastDelegate1<int, bool>> v{
+	    MakeDelegate(&a, &Listener::OnEvent), MakeDelegate(&a, &Listener::OnOther),
+	    MakeDelegate(&b, &Listener::OnEvent), MakeDelegate(&b, &Listener::OnOther)};
+	for (const auto& x : v)
+		for (const auto& y : v)
+		{
+			EXPECT_EQ(x == y, !(x < y) && !(y < x));
+			EXPECT_FALSE(x < y && y < x);
+			for (const auto& z : v)
+				EXPECT_TRUE(!(x < y && y < z) || x < z);
+		}
+	// Object first: between different objects the methods must not matter.
+	EXPECT_EQ(v[0] < v[3], v[1] < v[2]);
+}
+
 TEST(ListenerSet, HoldsABindingOnceAndStopsAtFirstFalse)
 {
 	std::vector<std::string> log;

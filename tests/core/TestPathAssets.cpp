@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace Tarsel;
 namespace fs = std::filesystem;
@@ -29,6 +31,16 @@ TEST(Path, SplitsIntoParts)
 	EXPECT_FALSE(Path("").IsValid());
 	EXPECT_STREQ(Path("a.b.c").AsChar(), "a.b.c");
 	EXPECT_EQ(Path("a.b.c").Extension(), ".c");
+}
+
+TEST(Path, RootsAndRepeatedSlashes)
+{
+	EXPECT_EQ(Path("/a").ParentPath().AsString(), "/");
+	EXPECT_EQ(Path("name").ParentPath().AsString(), "");
+	EXPECT_EQ(Path("/x//y/z.tsl").Directories(), (std::vector<std::string>{"x", "y"}));
+	EXPECT_EQ(Path("dir.d/name").Extension(), "");
+	EXPECT_TRUE(Path("a/..").IsDirectory());
+	EXPECT_EQ(Path("a/..").Extension(), "");
 }
 
 namespace
@@ -83,6 +95,64 @@ TEST_F(AssetsTest, SearchRootsInOrderThenEnvironment)
 	EXPECT_EQ(Read("lib.tsl", status), "first");
 	EXPECT_EQ(Read("only.tsl", status), "only env");
 	EXPECT_EQ(status, IAsset::kStatus_Ok);
+}
+
+TEST_F(AssetsTest, CurrentDirectoryComesBeforeRoots)
+{
+	GetMgrAssets()->AddSearchRoot(Path((_root / "second").string()));
+	Write("first/lib.tsl", "current");
+	const fs::path previous = fs::current_path();
+	fs::current_path(_root / "first");
+	IAsset::Status status;
+	std::string sResolved;
+	const std::string sText = Read("lib.tsl", status, &sResolved);
+	fs::current_path(previous);
+	EXPECT_EQ(sText, "current");
+	EXPECT_EQ(sResolved, "lib.tsl");
+}
+
+TEST_F(AssetsTest, DirectoryOfTheSameNameDoesNotHideALaterFile)
+{
+	fs::create_directories(_root / "first" / "lib.tsl");
+	GetMgrAssets()->AddSearchRoot(Path((_root / "first").string()));
+	GetMgrAssets()->AddSearchRoot(Path((_root / "second").string()));
+	IAsset::Status status;
+	EXPECT_EQ(Read("lib.tsl", status), "second");
+	EXPECT_EQ(Read("first/lib.tsl", status), "<none>");
+	EXPECT_EQ(Read((_root / "first" / "lib.tsl").string(), status), "<none>");
+	EXPECT_EQ(status, IAsset::kStatus_IsDirectory);
+}
+
+TEST_F(AssetsTest, DataIsZeroTerminatedAndMayBeEmpty)
+{
+	Write("env/empty.tsl", "");
+	IAsset::Status status;
+	IAsset* pAsset = GetMgrAssets()->Acquire(Path("empty.tsl"), 1, status);
+	ASSERT_NE(pAsset, nullptr);
+	EXPECT_EQ(pAsset->GetSize(), 0u);
+	EXPECT_STREQ(pAsset->GetData(), "");
+	GetMgrAssets()->Release(pAsset);
+
+	std::ofstream(_root / "env" / "binary.tsl", std::ios::binary).write("a\0b", 3);
+	pAsset = GetMgrAssets()->Acquire(Path("binary.tsl"), 1, status);
+	ASSERT_NE(pAsset, nullptr);
+	EXPECT_EQ(pAsset->GetSize(), 3u);
+	EXPECT_EQ(pAsset->GetData()[3], '\0');
+	GetMgrAssets()->Release(pAsset);
+}
+
+TEST_F(AssetsTest, UnreadableFileIsNotReportedAsMissingOrEmpty)
+{
+	IAsset::Status status;
+	// Opens, but every read fails: the way to an unreadable file that also works for root.
+	EXPECT_EQ(Read("/proc/self/mem", status), "<none>");
+	EXPECT_EQ(status, IAsset::kStatus_Unreadable);
+	if (geteuid() != 0)
+	{
+		chmod((_root / "env" / "only.tsl").c_str(), 0);
+		EXPECT_EQ(Read("only.tsl", status), "<none>");
+		EXPECT_EQ(status, IAsset::kStatus_Unreadable);
+	}
 }
 
 TEST_F(AssetsTest, MissingAndDirectoryHaveDistinctStatuses)

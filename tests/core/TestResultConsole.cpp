@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
+
 using namespace Tarsel;
 
 TEST(Result, PrintsFromLastAddedToFirst)
@@ -29,6 +31,16 @@ TEST(Result, EmptyPrintsNothingAndLongMessagesSurvive)
 	Result result;
 	result.Add("%s%%", sLong.c_str());
 	EXPECT_EQ(result.GetMessages()[0], sLong + "%");
+}
+
+TEST(Result, PrintWithoutConsoleUsesTheProcessConsole)
+{
+	RecordingConsole console;
+	ScopedMgrConsole scope(&console);
+	Result result;
+	result.Add("only");
+	result.Print(nullptr);
+	EXPECT_EQ(console.GetErrors(), std::vector<std::string>{"only\n"});
 }
 
 TEST(Result, AddResultAppendsInOrderAndToItself)
@@ -57,6 +69,18 @@ TEST(Console, ProcessWideConsoleCanBeReplacedAndRestored)
 	EXPECT_EQ(GetMgrConsole(), pDefault);
 	EXPECT_EQ(console.GetAll(), (std::vector<std::string>{"m1\n", "!e\n"}));
 	EXPECT_EQ(console.GetBlocks(), (std::vector<std::string>{"begin:Begin", "end:End"}));
+}
+
+TEST(Console, DefaultConsolePrintsBlocksWithinItsVerbosity)
+{
+	DefaultConsole console;
+	testing::internal::CaptureStdout();
+	{
+		AutoConsoleBlock normal(&console, IConsole::kVerbosity_Normal, "Loading", "Loaded");
+		AutoConsoleBlock debug(&console, IConsole::kVerbosity_Debug, "Tracing", "Traced");
+		console.Message("%d%%\n", 50);
+	}
+	EXPECT_EQ(testing::internal::GetCapturedStdout(), "Loading\n50%\nLoaded\n");
 }
 
 namespace
@@ -101,4 +125,38 @@ TEST(Assert, AnswerOneSilencesOnlyThatSite)
 	ASSERT_EQ(handler.GetReports().size(), 2u);
 	EXPECT_EQ(handler.GetReports()[0].sMessage, "first site");
 	EXPECT_EQ(handler.GetReports()[1].sMessage, "second site");
+}
+
+namespace
+{
+volatile std::sig_atomic_t g_nTraps = 0;
+void CountTrap(int)
+{
+	g_nTraps = g_nTraps + 1;
+}
+} // namespace
+
+TEST(Assert, AnswerTwoBreaksIntoTheDebuggerAndCodeRunsOn)
+{
+	RecordingAssertHandler handler;
+	ScopedAssertHandler scope(&handler);
+	handler.SetAnswer(IAssertHandler::kAnswer_Break);
+	void (*previous)(int) = std::signal(SIGTRAP, CountTrap);
+	bool bReached = false;
+	TARSEL_ASSERT(bReached);
+	bReached = true;
+	std::signal(SIGTRAP, previous);
+	EXPECT_TRUE(bReached);
+	EXPECT_EQ(g_nTraps, 1);
+}
+
+TEST(Assert, DefaultHandlerWritesOneLineAndContinues)
+{
+	ScopedAssertHandler scope(nullptr);
+	testing::internal::CaptureStderr();
+	TARSEL_ASSERT_MSG(1 + 1 == 3, "arithmetic");
+	const std::string sText = testing::internal::GetCapturedStderr();
+	EXPECT_NE(sText.find("1 + 1 == 3"), std::string::npos);
+	EXPECT_NE(sText.find("arithmetic"), std::string::npos);
+	EXPECT_EQ(sText.find('\n'), sText.size() - 1);
 }

@@ -1,9 +1,11 @@
 #include "core/Assets.h"
 
+#include <cerrno>
 #include <cstdlib>
-#include <fstream>
+#include <fcntl.h>
 #include <sstream>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace Tarsel
 {
@@ -55,6 +57,29 @@ Kind KindOf(const std::string& path)
 	return S_ISDIR(info.st_mode) ? Kind::Directory : Kind::File;
 }
 
+// Plain reads, so that a failing read is told apart from the end of the file.
+bool ReadWhole(const std::string& path, std::string& data)
+{
+	const int iFile = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+	if (iFile < 0)
+		return false;
+	char aBuffer[65536];
+	bool bOk = true;
+	for (;;)
+	{
+		const ssize_t nRead = ::read(iFile, aBuffer, sizeof(aBuffer));
+		if (nRead > 0)
+			data.append(aBuffer, size_t(nRead));
+		else if (nRead == 0 || errno != EINTR)
+		{
+			bOk = nRead == 0;
+			break;
+		}
+	}
+	::close(iFile);
+	return bOk;
+}
+
 std::vector<std::string> SplitColons(const char* text)
 {
 	std::vector<std::string> vParts;
@@ -87,22 +112,21 @@ public:
 		status = _Resolve(path, sResolved);
 		if (status != IAsset::kStatus_Ok)
 			return nullptr;
-		std::ifstream file(sResolved, std::ios::binary);
-		std::ostringstream data;
-		if (!file || !(data << file.rdbuf()))
+		std::string sData;
+		if (!ReadWhole(sResolved, sData))
 		{
-			// An empty readable file is still a file; only a failed open is unreadable.
-			if (!file.is_open())
-			{
-				status = IAsset::kStatus_Unreadable;
-				return nullptr;
-			}
+			status = IAsset::kStatus_Unreadable;
+			return nullptr;
 		}
-		return new FileAsset(sResolved, data.str());
+		return new FileAsset(sResolved, std::move(sData));
 	}
 
 	void Release(IAsset* pAsset) override { delete pAsset; }
-	void AddSearchRoot(const Path& root) override { _vRoots.push_back(root.AsString()); }
+	void AddSearchRoot(const Path& root) override
+	{
+		if (root.IsValid())
+			_vRoots.push_back(root.AsString());
+	}
 	void ClearSearchRoots() override { _vRoots.clear(); }
 
 	std::vector<std::string> GetSearchRoots() const override
@@ -114,22 +138,31 @@ public:
 	}
 
 private:
-	// The first candidate that exists decides: a directory there is an error, not a reason to look further.
+	// The first candidate that is a file wins. A directory of that name does not stop the search (a root may
+	// well hold a folder named like a library elsewhere), but when nothing better turns up it is reported as
+	// such rather than as a missing file.
 	IAsset::Status _Resolve(const Path& path, std::string& resolved) const
 	{
 		std::vector<std::string> vCandidates{path.AsString()};
 		if (path.IsRelative())
 			for (const std::string& sRoot : GetSearchRoots())
 				vCandidates.push_back(Join(sRoot, path.AsString()));
+		IAsset::Status status = IAsset::kStatus_NotFound;
 		for (const std::string& sCandidate : vCandidates)
 		{
 			const Kind kind = KindOf(sCandidate);
-			if (kind == Kind::Missing)
-				continue;
-			resolved = sCandidate;
-			return kind == Kind::Directory ? IAsset::kStatus_IsDirectory : IAsset::kStatus_Ok;
+			if (kind == Kind::File)
+			{
+				resolved = sCandidate;
+				return IAsset::kStatus_Ok;
+			}
+			if (kind == Kind::Directory && status == IAsset::kStatus_NotFound)
+			{
+				resolved = sCandidate;
+				status = IAsset::kStatus_IsDirectory;
+			}
 		}
-		return IAsset::kStatus_NotFound;
+		return status;
 	}
 
 	std::vector<std::string> _vRoots;

@@ -73,14 +73,20 @@ AutoConsoleBlock::~AutoConsoleBlock()
 		_pConsole->BlockEnd(_level, _sEnd.c_str());
 }
 
-void DefaultConsole::BlockBegin(IConsole::VerbosityLevel, const char* text)
+void DefaultConsole::BlockBegin(IConsole::VerbosityLevel level, const char* text)
 {
-	_WriteMessage(std::string(text) + "\n");
+	_WriteBlock(level, text);
 }
 
-void DefaultConsole::BlockEnd(IConsole::VerbosityLevel, const char* text)
+void DefaultConsole::BlockEnd(IConsole::VerbosityLevel level, const char* text)
 {
-	_WriteMessage(std::string(text) + "\n");
+	_WriteBlock(level, text);
+}
+
+void DefaultConsole::_WriteBlock(IConsole::VerbosityLevel level, const char* text)
+{
+	if (level <= _verbosity && text && *text)
+		_WriteMessage(std::string(text) + "\n");
 }
 
 void DefaultConsole::_WriteMessage(const std::string& text)

@@ -61,8 +61,8 @@ std::string Result::GetText() const
 
 void Result::Print(IMgrConsole* pConsole) const
 {
-	if (_vMessages.empty() || pConsole == nullptr)
+	if (_vMessages.empty())
 		return;
-	pConsole->Error("%s", GetText().c_str());
+	(pConsole ? pConsole : GetMgrConsole())->Error("%s", GetText().c_str());
 }
 } // namespace Tarsel

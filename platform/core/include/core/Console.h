@@ -19,12 +19,14 @@ public:
 };
 
 // The host's console: internal diagnostics go to Message, user-facing errors to Error.
+// A console either overrides the two writers (the formatting is done once, here) or replaces
+// Message and Error themselves.
 class IMgrConsole
 {
 public:
 	virtual ~IMgrConsole() = default;
-	void Message(const char* format, ...) __attribute__((format(printf, 2, 3)));
-	void Error(const char* format, ...) __attribute__((format(printf, 2, 3)));
+	virtual void Message(const char* format, ...) __attribute__((format(printf, 2, 3)));
+	virtual void Error(const char* format, ...) __attribute__((format(printf, 2, 3)));
 	virtual void BlockBegin(IConsole::VerbosityLevel level, const char* text) = 0;
 	virtual void BlockEnd(IConsole::VerbosityLevel level, const char* text) = 0;
 
@@ -54,16 +56,23 @@ private:
 	std::string _sEnd;
 };
 
-// Messages to stdout, errors to stderr; blocks indent nothing and print their texts as messages.
+// Messages to stdout, errors to stderr. Block texts are printed as message lines when their level is within
+// the console's verbosity (normal unless set), so verbose and debug blocks stay quiet by default.
 class DefaultConsole : public IMgrConsole
 {
 public:
 	void BlockBegin(IConsole::VerbosityLevel level, const char* text) override;
 	void BlockEnd(IConsole::VerbosityLevel level, const char* text) override;
+	void SetVerbosity(IConsole::VerbosityLevel level) { _verbosity = level; }
 
 protected:
 	void _WriteMessage(const std::string& text) override;
 	void _WriteError(const std::string& text) override;
+
+private:
+	void _WriteBlock(IConsole::VerbosityLevel level, const char* text);
+
+	IConsole::VerbosityLevel _verbosity = IConsole::kVerbosity_Normal;
 };
 
 // Keeps every text exactly as written, for tests.

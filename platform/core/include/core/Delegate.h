@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/Assert.h"
+
 #include <cstddef>
 #include <cstring>
 #include <functional>
@@ -28,7 +30,16 @@ public:
 		_Bind(pObject, pMethod);
 	}
 
-	R operator()(Args... args) const { return _pStub(_aMethod, _pObject, args...); }
+	// Calling an empty delegate is a caller's bug: it is reported and answers a default value.
+	R operator()(Args... args) const
+	{
+		if (_pStub == nullptr)
+		{
+			TARSEL_FAIL("empty delegate called");
+			return R();
+		}
+		return _pStub(_aMethod, _pObject, args...);
+	}
 
 	bool empty() const { return _pStub == nullptr; }
 	explicit operator bool() const { return !empty(); }

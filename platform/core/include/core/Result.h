@@ -21,7 +21,8 @@ public:
 	// The messages from the last added to the first, joined by ": ", then a newline; empty when there are
 	// none.
 	std::string GetText() const;
-	// Writes GetText() to the console's error output; an empty result prints nothing.
+	// Writes GetText() to the console's error output (null: the process-wide console); an empty result
+	// prints nothing.
 	void Print(IMgrConsole* pConsole) const;
 
 private:
