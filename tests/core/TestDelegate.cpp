@@ -44,6 +44,35 @@ TEST(Delegate, CallsBoundMemberAndComparesByObjectThenFunction)
 	EXPECT_TRUE(FastDelegate0<bool>().empty());
 }
 
+namespace
+{
+struct Padding
+{
+	virtual ~Padding() = default;
+	int iPad = 0;
+};
+// The listener part sits after another base, so a derived pointer differs from the base pointer.
+struct DerivedListener : Padding, Listener
+{
+};
+} // namespace
+
+TEST(Delegate, BindingThroughADerivedPointerEqualsTheBaseBinding)
+{
+	std::vector<std::string> log;
+	DerivedListener derived;
+	derived.pLog = &log;
+	derived.sName = "d";
+	Listener* pBase = &derived;
+	ASSERT_NE(static_cast<void*>(pBase), static_cast<void*>(&derived));
+	const FastDelegate1<int, bool> viaDerived = MakeDelegate(&derived, &Listener::OnEvent);
+	EXPECT_EQ(viaDerived, MakeDelegate(pBase, &Listener::OnEvent));
+	EXPECT_TRUE(viaDerived(4));
+	EXPECT_EQ(log, std::vector<std::string>{"d4"});
+	const DerivedListener& constDerived = derived;
+	EXPECT_EQ(MakeDelegate(&constDerived, &Listener::Add)(1, 2), 3);
+}
+
 TEST(Delegate, CallingAnEmptyDelegateIsReportedNotFatal)
 {
 	RecordingAssertHandler handler;

@@ -18,16 +18,18 @@ class Delegate
 public:
 	Delegate() = default;
 
-	template <class O>
-	Delegate(O* pObject, R (O::*pMethod)(Args...))
+	// The object may be of a class derived from the method's; it is converted first, so a binding made
+	// through a derived pointer equals the one made through the base pointer.
+	template <class X, class O>
+	Delegate(X* pObject, R (O::*pMethod)(Args...))
 	{
-		_Bind(pObject, pMethod);
+		_Bind(static_cast<O*>(pObject), pMethod);
 	}
 
-	template <class O>
-	Delegate(const O* pObject, R (O::*pMethod)(Args...) const)
+	template <class X, class O>
+	Delegate(const X* pObject, R (O::*pMethod)(Args...) const)
 	{
-		_Bind(pObject, pMethod);
+		_Bind(static_cast<const O*>(pObject), pMethod);
 	}
 
 	// Calling an empty delegate is a caller's bug: it is reported and answers a default value.
@@ -92,14 +94,14 @@ using FastDelegate2 = Delegate<R, A, B>;
 template <class A, class B, class C, class R>
 using FastDelegate3 = Delegate<R, A, B, C>;
 
-template <class O, class R, class... Args>
-Delegate<R, Args...> MakeDelegate(O* pObject, R (O::*pMethod)(Args...))
+template <class X, class O, class R, class... Args>
+Delegate<R, Args...> MakeDelegate(X* pObject, R (O::*pMethod)(Args...))
 {
 	return Delegate<R, Args...>(pObject, pMethod);
 }
 
-template <class O, class R, class... Args>
-Delegate<R, Args...> MakeDelegate(const O* pObject, R (O::*pMethod)(Args...) const)
+template <class X, class O, class R, class... Args>
+Delegate<R, Args...> MakeDelegate(const X* pObject, R (O::*pMethod)(Args...) const)
 {
 	return Delegate<R, Args...>(pObject, pMethod);
 }
