@@ -520,7 +520,7 @@ void FunctionCall::SetName(String* pName)
 
 void FunctionCall::AddParameter(Expression* pExpression)
 {
-	TARSEL_ASSERT(pExpression != NULL);
+	TARSEL_ASSERT_MSG(pExpression != NULL, nullptr); // the _MSG form keeps NULL unexpanded in the report
 	_vParameters.push_back(pExpression);
 }
 
