@@ -1,0 +1,171 @@
+#pragma once
+
+#include "core/Assert.h"
+#include "core/Console.h"
+#include "objects/IValue.h"
+#include "objects/Value.h"
+#include "objects/ValueTraits.h"
+#include "quillon/IQLBuffer.h"
+#include "quillon/IQuillonContext.h"
+
+#include <algorithm>
+
+namespace Tarsel::Effects
+{
+
+// Values kept in a device buffer, back to back at their buffer size, read by programs as a uniform block.
+template <class T>
+class ValueBuffer : public IValueBuffer
+{
+public:
+	typedef ValueTraits<T> Traits;
+	typedef typename Traits::Stored Stored;
+	static constexpr size_t kElementBytes = sizeof(Stored);
+
+	ValueBuffer(IQuillonContext* pContext, int nValues, bool bResizable, const T& tDefault)
+	    : _pContext(pContext), _pBuffer(nullptr), _bResizable(bResizable), _nValues(0), _tDefault(tDefault)
+	{
+		TARSEL_ASSERT(nValues >= 0);
+		nValues = std::max(nValues, 0);
+		_nValues = nValues;
+		if (_SetLength(nValues) && nValues > 0)
+			_Write([&](Stored* pData) { std::fill(pData, pData + nValues, Traits::ToBuffer(tDefault)); });
+	}
+	~ValueBuffer() override
+	{
+		if (_pBuffer)
+			_pContext->DestroyBuffer(_pBuffer);
+	}
+	ValueBuffer(const ValueBuffer&) = delete;
+	ValueBuffer& operator=(const ValueBuffer&) = delete;
+
+	TypeSpecifier GetTypeSpecifier() const override { return Traits::Specifier(); }
+	const char* GetTypeName() const override { return Traits::Name(); }
+	int GetLength() const override { return _nValues; }
+	bool IsResizable() const override { return _bResizable; }
+	IQLBuffer* GetBuffer() const override { return _pBuffer; }
+
+	// Contents are undefined afterwards: the caller writes every value again.
+	bool SetLength(int nValues) override
+	{
+		if (!_bResizable)
+		{
+			GetMgrConsole()->Message("ValueBuffer<%s>::SetLength Not Resizable\n", Traits::Name());
+			return false;
+		}
+		if (nValues < 0)
+		{
+			GetMgrConsole()->Message("ValueBuffer<%s>::SetLength Negative Length\n", Traits::Name());
+			return false;
+		}
+		return _SetLength(nValues);
+	}
+
+	bool Set(const T& value, int index)
+	{
+		if (index < 0 || index >= _nValues)
+		{
+			GetMgrConsole()->Message("ValueBuffer<%s>::Set Index (%d) Out of Bounds\n", Traits::Name(),
+			                         index);
+			return false;
+		}
+		return _Write([&](Stored* pData) { pData[index] = Traits::ToBuffer(value); });
+	}
+
+	bool SetArray(const T* pValues, int nCount, int offset)
+	{
+		if (nCount < 0 || nCount + offset > _nValues)
+		{
+			GetMgrConsole()->Message("ValueBuffer<T>::SetArray Length Overflow\n");
+			return false;
+		}
+		return _Write([&](Stored* pData)
+		              { std::transform(pValues, pValues + nCount, pData + offset, &Traits::ToBuffer); });
+	}
+	bool SetArray(const T* pValues, int nCount) { return SetArray(pValues, nCount, 0); }
+
+	// Without a readable buffer the default value stands in.
+	T Get(int index) const
+	{
+		if (!_pBuffer)
+			return _tDefault;
+		QLBufferMapping mapping(_pBuffer, QLBufferMapping::kAccess_Read);
+		const Stored* pData = static_cast<const Stored*>(mapping.GetData());
+		return pData ? Traits::FromBuffer(pData[index]) : _tDefault;
+	}
+
+	// Reads the first nCount elements through one mapping; false without a readable buffer.
+	bool GetArray(T* pValues, int nCount) const
+	{
+		if (!_pBuffer)
+			return false;
+		QLBufferMapping mapping(_pBuffer, QLBufferMapping::kAccess_Read);
+		const Stored* pData = static_cast<const Stored*>(mapping.GetData());
+		if (!pData)
+			return false;
+		std::transform(pData, pData + nCount, pValues, &Traits::FromBuffer);
+		return true;
+	}
+
+	bool GetValueAsString(std::string& sValue, int index) override
+	{
+		if (index < 0 || index >= _nValues)
+		{
+			GetMgrConsole()->Message("ValueBuffer<T>::GetValueAsString Index Out of Bounds\n");
+			return false;
+		}
+		sValue = FormatValue(Get(index));
+		return true;
+	}
+	bool GetValueAsString(std::string& sValue) override { return GetValueAsString(sValue, 0); }
+
+protected:
+	bool _SetLength(int nValues)
+	{
+		const size_t nBytes = size_t(std::max(nValues, 1)) * kElementBytes;
+		if (!_pBuffer)
+		{
+			_pBuffer = _pContext ? _pContext->CreateBuffer() : nullptr;
+			if (!_pBuffer)
+			{
+				GetMgrConsole()->Message("ValueBuffer<T>::_SetLength CreateBuffer\n");
+				return false;
+			}
+			if (!_pBuffer->Storage(nullptr, nBytes))
+				return _InitFailed();
+		}
+		else if (!_pBuffer->Respecify(nullptr, nBytes, true))
+			return _InitFailed();
+		_nValues = nValues;
+		return true;
+	}
+
+private:
+	bool _InitFailed()
+	{
+		GetMgrConsole()->Message("ValueBuffer<T>::_SetLength Buffer Init\n");
+		return false;
+	}
+
+	// Exactly one write mapping per call; nothing is written without a buffer.
+	template <class W>
+	bool _Write(W&& write)
+	{
+		if (!_pBuffer)
+			return false;
+		QLBufferMapping mapping(_pBuffer, QLBufferMapping::kAccess_Write);
+		Stored* pData = static_cast<Stored*>(mapping.GetData());
+		if (!pData)
+			return false;
+		write(pData);
+		return true;
+	}
+
+	IQuillonContext* _pContext;
+	IQLBuffer* _pBuffer;
+	bool _bResizable;
+	int32_t _nValues;
+	T _tDefault;
+};
+
+} // namespace Tarsel::Effects

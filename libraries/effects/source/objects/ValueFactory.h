@@ -1,0 +1,42 @@
+#pragma once
+
+#include "objects/IStorage.h"
+#include "objects/ParameterStorage.h"
+#include "objects/ValueTraits.h"
+
+namespace Tarsel::Effects
+{
+
+class IMgrEffects;
+class IValue;
+class IValueBuffer;
+
+// Containers by element type, filled with the type's default; null for types without a value form.
+IValue* CreateValue(TypeSpecifier eType, int nValues, bool bResizable);
+IValueBuffer* CreateValueBuffer(IMgrEffects* pMgrEffects, TypeSpecifier eType, int nValues, bool bResizable);
+
+// A separate storage of the element type; null for types without a value form or a bad length.
+IStorage* CreateStorageSeparate(IMgrEffects* pMgrEffects, TypeSpecifier eType, int nValues, bool bResizable);
+
+// A buffer storage owned by the array parameter pOwner; null when the type has no buffer form.
+template <class P>
+IStorage* CreateStorageBuffer(IMgrEffects* pMgrEffects, P* pOwner, TypeSpecifier eType, int nValues,
+                              bool bResizable)
+{
+	IStorage* pResult = nullptr;
+	DispatchValueType(
+	    eType,
+	    [&](auto* pTag)
+	    {
+		    typedef std::remove_pointer_t<decltype(pTag)> T;
+		    auto* pStorage = new ParameterStorageApplyBuffer<ParameterStorageBuffer<P, T>>();
+		    if (pStorage->Init(pMgrEffects, pOwner, nValues, bResizable))
+			    pResult = pStorage;
+		    else
+			    delete pStorage;
+	    },
+	    true);
+	return pResult;
+}
+
+} // namespace Tarsel::Effects
