@@ -1,0 +1,129 @@
+#pragma once
+
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "graph/VisitorPrintTsl.h"
+#include "quillon/Reference.h"
+#include "syntax/Syntax.h"
+
+namespace Tarsel::Effects::Testing
+{
+
+// Builds trees through the module factories, as the graph and the root compilers do.
+struct Tree
+{
+	std::unique_ptr<Module> m{Module::Create()};
+
+	String* S(const std::string& s) { return m->CreateString(s); }
+	Variable* V(const char* pName) { return m->CreateVariable(S(pName)); }
+	IntConstant* I(long i) { return m->CreateIntConstant(i); }
+	FloatConstant* F(const char* pText) { return m->CreateFloatConstant(S(pText)); }
+	Expression* Op(Operator e, Expression* pL, Expression* pR) { return m->CreateBinaryOperator(e, pL, pR); }
+	Expression* Set(Expression* pL, Expression* pR, Operator e = kOperator_Assign)
+	{
+		return m->CreateAssignment(e, pL, pR);
+	}
+	FunctionCall* Call(FunctionCall* pCall, const std::vector<Expression*>& vArguments)
+	{
+		for (Expression* pArgument : vArguments)
+			pCall->AddParameter(pArgument);
+		return pCall;
+	}
+	FunctionCall* Call(const char* pName, const std::vector<Expression*>& vArguments = {})
+	{
+		return Call(m->CreateFunctionCall(S(pName)), vArguments);
+	}
+	Statement* E(Expression* pExpression) { return m->CreateExpressionStatement(pExpression); }
+	Statement* If(Expression* pCondition, Statement* pThen, Statement* pElse = nullptr)
+	{
+		SelectionStatement* pIf = m->CreateSelectionStatement();
+		pIf->SetCondition(pCondition);
+		pIf->SetThen(pThen);
+		pIf->SetElse(pElse);
+		return pIf;
+	}
+	CompoundStatement* Block(const std::vector<Statement*>& vStatements)
+	{
+		CompoundStatement* pBlock = m->CreateCompoundStatement();
+		for (Statement* pStatement : vStatements)
+			pBlock->AddStatement(pStatement);
+		return pBlock;
+	}
+	VariableDeclaration* Decl(Type* pType, const char* pName, Expression* pInit = nullptr,
+	                          StorageQualifier eStorage = kStorage_None)
+	{
+		VariableDeclaration* pDeclaration = m->CreateVariableDeclaration(pType, S(pName), pInit);
+		pDeclaration->SetStorageQualifier(eStorage);
+		return pDeclaration;
+	}
+	DeclarationStatement* Local(TypeSpecifier e, const char* pName, Expression* pInit = nullptr)
+	{
+		return m->CreateDeclarationStatement(Decl(m->CreateType(e), pName, pInit));
+	}
+	DeclarationStatement* Global(TypeSpecifier e, const char* pName,
+	                             StorageQualifier eStorage = kStorage_None)
+	{
+		DeclarationStatement* pStatement =
+		    m->CreateDeclarationStatement(Decl(m->CreateType(e), pName, nullptr, eStorage));
+		m->AddVariableDeclaration(pStatement);
+		return pStatement;
+	}
+	void Globals(const std::vector<std::pair<TypeSpecifier, const char*>>& v,
+	             StorageQualifier e = kStorage_None)
+	{
+		for (const auto& [eType, pName] : v)
+			Global(eType, pName, e);
+	}
+	FunctionParameter* Parameter(Type* pType, const char* pName, ParameterQualifier e = kParameter_None)
+	{
+		FunctionParameter* pParameter = m->CreateFunctionParameter(pType);
+		pParameter->SetName(S(pName));
+		pParameter->SetParameterQualifier(e);
+		return pParameter;
+	}
+	FunctionPrototype* Proto(TypeSpecifier eReturn, const char* pName,
+	                         const std::vector<FunctionParameter*>& v = {})
+	{
+		FunctionPrototype* pPrototype =
+		    m->CreateFunctionPrototype(kFunction_None, m->CreateType(eReturn), S(pName));
+		for (FunctionParameter* pParameter : v)
+			pPrototype->AddParameter(pParameter);
+		return pPrototype;
+	}
+	FunctionDefinition* Define(FunctionPrototype* pPrototype, const std::vector<Statement*>& vBody)
+	{
+		FunctionDefinition* pDefinition = m->CreateFunctionDefinition(pPrototype, Block(vBody));
+		m->AddFunctionDefinition(pDefinition);
+		return pDefinition;
+	}
+};
+
+inline std::string ReadFile(const std::string& sPath)
+{
+	std::ifstream stream(sPath, std::ios::binary);
+	std::ostringstream text;
+	text << stream.rdbuf();
+	return text.str();
+}
+
+inline std::string Fixture(const std::string& sName)
+{
+	return ReadFile(std::string(TARSEL_TEST_DATA_DIR) + "/print/" + sName);
+}
+
+// The errors of compiling text as a shader of the given kind on the reference device.
+inline std::vector<std::string> CompileOnDevice(const std::string& text, int iKind)
+{
+	ReferenceContext context;
+	IQLShader* pShader = context.CreateShader(iKind);
+	std::vector<std::string> errors;
+	pShader->SetString(text, errors);
+	context.DestroyShader(pShader);
+	return errors;
+}
+
+} // namespace Tarsel::Effects::Testing
