@@ -107,7 +107,8 @@ Delegate<R, Args...> MakeDelegate(const X* pObject, R (O::*pMethod)(Args...) con
 }
 
 // The one listener collection of the system: an ordered set of delegates.
-// Notification walks a snapshot, so listeners may add or remove listeners while being told.
+// Notification walks a snapshot, so listeners may add or remove listeners while being told; one removed
+// meanwhile is skipped, as its object may already be gone.
 template <class D>
 class ListenerSet
 {
@@ -130,7 +131,7 @@ public:
 	{
 		const std::set<D> setSnapshot = _setDelegates;
 		for (const D& delegate : setSnapshot)
-			if (!delegate(args...))
+			if (Contains(delegate) && !delegate(args...))
 				return false;
 		return true;
 	}
@@ -142,7 +143,8 @@ public:
 		const std::set<D> setSnapshot = _setDelegates;
 		bool bResult = true;
 		for (const D& delegate : setSnapshot)
-			bResult = delegate(args...) && bResult;
+			if (Contains(delegate))
+				bResult = delegate(args...) && bResult;
 		return bResult;
 	}
 
