@@ -9,6 +9,7 @@
 
 #include "effects/IMgrEffects.h"
 #include "effects/MgrOutputs.h"
+#include "manager/MacroList.h"
 #include "manager/MgrKeys.h"
 
 namespace Tarsel::Effects
@@ -21,7 +22,7 @@ class MgrEffectsImpl : public IMgrEffects
 {
 public:
 	typedef std::set<std::string> DefinedNames;
-	typedef std::vector<std::pair<std::string, std::string>> Macros;
+	typedef MacroList Macros;
 	typedef std::vector<std::pair<TypeSpecifier, std::string>> TypedNames;
 
 	MgrEffectsImpl();
@@ -91,10 +92,12 @@ public:
 		return _iLineOffset;
 	}
 
-	// Substitutes the macros, newest first, into one ordinary line (in place).
-	static void SubstituteMacros(std::string& line, const Macros& macros);
-	// The whole preprocessing of a text as a load would do it; false on failure (messages on the console).
-	bool Preprocess(const std::string& path, const std::string& text, std::string& output, Result* result);
+	// The text a load of the named file would hand to library creation, for users who want to see what their
+	// macros and includes did. Imported libraries are still registered.
+	bool PreprocessFile(const std::string& name, std::string& path, std::string& text, Result* result);
+	// Preprocesses a text as if it had been read from path.
+	bool PreprocessText(const std::string& path, const std::string& source, std::string& text,
+	                    Result* result);
 
 protected:
 	bool _AddLibrary(const std::string& name, DefinedNames& defined, Macros& macros, Result* result);
@@ -106,17 +109,17 @@ protected:
 	bool _OnRemoveOutput(const std::string& name);
 
 private:
-	struct Directive;
-	bool _ProcessDirective(const std::string& path, const Directive& directive, std::vector<bool>& conditions,
-	                       bool& error, std::stringstream& output, DefinedNames& defined, Macros& macros,
-	                       Result* result);
+	struct Line;
+	typedef std::vector<char> Conditions;
+
+	bool _Directive(const std::string& path, const Line& line, Conditions& conditions, bool& error,
+	                std::stringstream& output, DefinedNames& defined, Macros& macros, Result* result);
 	bool _Include(const std::string& path, const std::string& word, std::stringstream& output,
 	              DefinedNames& defined, Macros& macros, Result* result);
 	bool _Import(const std::string& path, const std::string& word, bool active, DefinedNames& defined,
 	             Macros& macros, Result* result);
-	bool _Define(const std::string& path, const std::string& name, const std::string& replacement,
-	             DefinedNames& defined, Macros& macros);
-	void _PrintResult(const Result& result) const;
+	bool _Define(const std::string& path, const Line& line, DefinedNames& defined, Macros& macros);
+	bool _IsInProgress(const std::string& path) const;
 	void _AddPadAttributes();
 
 	IMgrEffects* _pMgrEffects;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <map>
 #include <string>
 
 namespace Tarsel
@@ -14,8 +13,8 @@ namespace Tarsel::Effects
 class IMgrEffects;
 class Module;
 class IShader;
-class PrototypeInterface;
-class PrototypeShader;
+class IPrototypeInterface;
+class IPrototypeShader;
 
 // One shader library: one source text parsed into one module.
 class Library
@@ -35,12 +34,16 @@ public:
 	IMgrEffects* GetMgrEffects() const { return _pMgrEffects; }
 	const std::string& GetName() const { return _sName; }
 
+	// Prototypes are made from the module's definitions by the object model; until it exists a library
+	// answers no class and no interface.
+	IPrototypeInterface* GetPrototypeInterface(const std::string&) { return nullptr; }
+	IPrototypeShader* GetPrototypeShader(const std::string&, Result*) { return nullptr; }
+	IShader* CreateShader(const std::string&, Result*) { return nullptr; }
+
 private:
 	IMgrEffects* _pMgrEffects;
 	Module* _pModule;
 	std::string _sName;
-	std::map<std::string, PrototypeInterface*> _mPrototypeInterfaces;
-	std::map<std::string, PrototypeShader*> _mPrototypeShaders;
 };
 
 } // namespace Tarsel::Effects

@@ -1,0 +1,369 @@
+#include "manager/MgrEffectsImpl.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+
+#include "core/Console.h"
+#include "core/Result.h"
+#include "manager/Profiler.h"
+#include "objects/Library.h"
+#include "quillon/IQuillonContext.h"
+
+namespace Tarsel::Effects
+{
+
+namespace
+{
+const char* const kOutputColor = "o_color";
+
+template <typename Visitor>
+bool VisitAll(const MgrEffectsImpl::TypedNames& entries, Visitor& visitor)
+{
+	bool all = true;
+	for (const auto& entry : entries)
+		all = visitor(entry.first, entry.second) && all;
+	return all;
+}
+} // namespace
+
+MgrEffectsImpl::MgrEffectsImpl()
+    : _pMgrEffects(nullptr), _pConsole(nullptr), _pContext(nullptr), _pProfiler(nullptr),
+      _pFactorySurface(nullptr), _pFactoryRenderer(nullptr), _pFactoryPrefix(nullptr), _pResult(nullptr),
+      _iLineOffset(0)
+{
+}
+
+MgrEffectsImpl::~MgrEffectsImpl()
+{
+	Shutdown();
+}
+
+bool MgrEffectsImpl::Init(IMgrEffects* owner, IMgrConsole* console, IQuillonContext* context, Result* result)
+{
+	(void)result; // for the effect factories' initialisation
+	_pMgrEffects = owner;
+	_pProfiler = new Profiler();
+	_pConsole = console;
+	_pContext = context;
+	_mgrOutputs.Init();
+	// Acquired before the relays exist, so the host is never told about it.
+	AcquireOutput(kType_Vec3, kOutputColor);
+	MgrOutputs::ListenerAdd relayAdd = MakeDelegate(this, &MgrEffectsImpl::_OnAddOutput);
+	MgrOutputs::ListenerRemove relayRemove = MakeDelegate(this, &MgrEffectsImpl::_OnRemoveOutput);
+	_mgrOutputs.AddListenerAddOutput(relayAdd);
+	_mgrOutputs.AddListenerRemoveOutput(relayRemove);
+	_mgrKeys.Init();
+
+	const char* const rayInts[] = {"depthInfo", "samplingState", "auxInfo"};
+	for (const char* name : rayInts)
+		_vRayAttributes.emplace_back(kType_Int, name);
+	_vRayAttributes.emplace_back(kType_Vec3, "prefixPrimitiveAuxColor");
+	_vRayAttributes.emplace_back(kType_Float, "prefixPrimitiveAuxFloat");
+	_vRayAttributes.emplace_back(kType_Vec3, "color");
+	// Devices with ray differentials carry them themselves; the preprocessor tells shaders instead.
+	if (_pContext == nullptr || !_pContext->IsDifferentialSupported())
+	{
+		_vRayAttributes.emplace_back(kType_Float, "dP");
+		_vRayAttributes.emplace_back(kType_Float, "dPdT");
+	}
+	_AddPadAttributes();
+
+	_vVariablesGlobal.emplace_back(kType_Float, "g_rayMinContrib");
+	_vVariablesGlobal.emplace_back(kType_IVec4, "g_rayDepthMax");
+	_vVariablesGlobal.emplace_back(kType_Int, "g_rayDepthMaxTotal");
+	_vVariablesGlobal.emplace_back(kType_Int, "g_rayDepthMaxDummy");
+	return true;
+}
+
+// Pads the ray payload to the size the host asks for.
+void MgrEffectsImpl::_AddPadAttributes()
+{
+	const char* pad = std::getenv("TZR_RAY_ATTRIBUTE_PAD_INTS");
+	const int count = pad ? std::atoi(pad) : 0;
+	char name[32];
+	for (int i = 0; i < count; ++i)
+	{
+		std::snprintf(name, sizeof(name), "rayPad%d", i);
+		_vRayAttributes.emplace_back(kType_Int, name);
+	}
+}
+
+bool MgrEffectsImpl::Shutdown()
+{
+	const bool initialised = _pMgrEffects != nullptr;
+	for (auto& entry : _mLibraries)
+		delete entry.second;
+	_mLibraries.clear();
+	delete _pProfiler;
+	_pProfiler = nullptr;
+	_mgrKeys.Shutdown();
+	MgrOutputs::ListenerAdd relayAdd = MakeDelegate(this, &MgrEffectsImpl::_OnAddOutput);
+	MgrOutputs::ListenerRemove relayRemove = MakeDelegate(this, &MgrEffectsImpl::_OnRemoveOutput);
+	_mgrOutputs.RemoveListenerAddOutput(relayAdd);
+	_mgrOutputs.RemoveListenerRemoveOutput(relayRemove);
+	// Only the Init's own acquisition is given back; a repeated Shutdown must not take a graph's.
+	if (initialised)
+		ReleaseOutput(kOutputColor);
+	_mgrOutputs.Shutdown();
+	_pContext = nullptr;
+	_pConsole = nullptr;
+	_pMgrEffects = nullptr;
+	_pResult = nullptr;
+	return true;
+}
+
+bool MgrEffectsImpl::AddLibrary(const std::string& name, const std::string& source, Result* result)
+{
+	ProfileScope scope(_pProfiler, "Add Library");
+	if (_mLibraries.count(name) > 0)
+		return true;
+	Library* library = new Library();
+	if (!library->Init(_pMgrEffects, name, source, result, _iLineOffset))
+	{
+		if (result)
+			result->Add("Effects Manager: Failed to initialize Shader Library '%s'\n", name.c_str());
+		delete library;
+		return false;
+	}
+	_mLibraries[name] = library;
+	return true;
+}
+
+bool MgrEffectsImpl::AddLibrary(const std::string& path, Result* result)
+{
+	DefinedNames defined;
+	Macros macros;
+	return _AddLibrary(path, defined, macros, result);
+}
+
+IPrototypeShader* MgrEffectsImpl::GetPrototypeShader(const std::string& name, Result* result)
+{
+	ProfileScope scope(_pProfiler, "GetPrototypeShader");
+	for (auto& entry : _mLibraries)
+		if (IPrototypeShader* prototype = entry.second->GetPrototypeShader(name, result))
+			return prototype;
+	return nullptr;
+}
+
+IPrototypeInterface* MgrEffectsImpl::GetPrototypeInterface(const std::string& name)
+{
+	ProfileScope scope(_pProfiler, "GetPrototypeInterface");
+	for (auto& entry : _mLibraries)
+		if (IPrototypeInterface* prototype = entry.second->GetPrototypeInterface(name))
+			return prototype;
+	return nullptr;
+}
+
+bool MgrEffectsImpl::VisitRayAttributes(VisitorTyped& visitor)
+{
+	return VisitAll(_vRayAttributes, visitor);
+}
+
+bool MgrEffectsImpl::VisitVariablesGlobal(VisitorTyped& visitor)
+{
+	return VisitAll(_vVariablesGlobal, visitor);
+}
+
+// Effects and their factories are not built yet: no kind has a factory to visit.
+bool MgrEffectsImpl::VisitEffectsSurface(VisitorEffect&)
+{
+	return false;
+}
+
+bool MgrEffectsImpl::VisitEffectsRenderer(VisitorEffect&)
+{
+	return false;
+}
+
+bool MgrEffectsImpl::VisitEffectsPrefix(VisitorEffect&)
+{
+	return false;
+}
+
+IShader* MgrEffectsImpl::CreateShader(const std::string& className, Result* result)
+{
+	ProfileScope scope(_pProfiler, "CreateShader");
+	for (auto& entry : _mLibraries)
+		if (IShader* shader = entry.second->CreateShader(className, result))
+			return shader;
+	if (result)
+		result->Add("Could not create shader named \"%s\"", className.c_str());
+	return nullptr;
+}
+
+IShader* MgrEffectsImpl::CreateShader(const std::string& className)
+{
+	ProfileScope scope(_pProfiler, "CreateShader");
+	Result local;
+	IShader* shader = CreateShader(className, &local);
+	if (shader == nullptr)
+		local.Print(_pConsole);
+	return shader;
+}
+
+// A shader is destroyed by its own prototype; until libraries build prototypes no shader can exist.
+void MgrEffectsImpl::DestroyShader(IShader*) {}
+
+IEffect* MgrEffectsImpl::CreateEffectSurface()
+{
+	return nullptr;
+}
+
+void MgrEffectsImpl::DestroyEffectSurface(IEffect*) {}
+
+IEffect* MgrEffectsImpl::CreateEffectRenderer()
+{
+	return nullptr;
+}
+
+void MgrEffectsImpl::DestroyEffectRenderer(IEffect*) {}
+
+IEffect* MgrEffectsImpl::CreateEffectPrefix()
+{
+	return nullptr;
+}
+
+void MgrEffectsImpl::DestroyEffectPrefix(IEffect*) {}
+
+bool MgrEffectsImpl::AddListenerAddOutput(ListenerAddOutput& listener)
+{
+	_setListenersAddOutput.Add(listener);
+	return true;
+}
+
+bool MgrEffectsImpl::RemoveListenerAddOutput(ListenerAddOutput& listener)
+{
+	_setListenersAddOutput.Remove(listener);
+	return true;
+}
+
+bool MgrEffectsImpl::AddListenerRemoveOutput(ListenerRemoveOutput& listener)
+{
+	_setListenersRemoveOutput.Add(listener);
+	return true;
+}
+
+bool MgrEffectsImpl::RemoveListenerRemoveOutput(ListenerRemoveOutput& listener)
+{
+	_setListenersRemoveOutput.Remove(listener);
+	return true;
+}
+
+bool MgrEffectsImpl::AcquireOutput(TypeSpecifier type, const std::string& name)
+{
+	return _mgrOutputs.AcquireOutput(type, name);
+}
+
+bool MgrEffectsImpl::ReleaseOutput(const std::string& name)
+{
+	return _mgrOutputs.ReleaseOutput(name);
+}
+
+int MgrEffectsImpl::GetCountOutputs()
+{
+	return _mgrOutputs.GetCountOutputs();
+}
+
+bool MgrEffectsImpl::HasOutput(const std::string& name)
+{
+	return _mgrOutputs.HasOutput(name);
+}
+
+bool MgrEffectsImpl::VisitOutputs(VisitorTyped& visitor)
+{
+	return _mgrOutputs.VisitOutputs(visitor);
+}
+
+bool MgrEffectsImpl::SetOutputAttachmentIndex(const std::string& name, int index)
+{
+	if (!_mgrOutputs.SetOutputAttachmentIndex(name, index))
+		return false;
+	_setListenersChangeOutputIndices.Notify();
+	return true;
+}
+
+bool MgrEffectsImpl::GetOutputAttachmentIndex(int& index, const std::string& name)
+{
+	return _mgrOutputs.GetOutputAttachmentIndex(index, name);
+}
+
+bool MgrEffectsImpl::ClearOutputAttachmentIndex(const std::string& name)
+{
+	if (!_mgrOutputs.ClearOutputAttachmentIndex(name))
+		return false;
+	_setListenersChangeOutputIndices.Notify();
+	return true;
+}
+
+bool MgrEffectsImpl::AddListenerChangeOutputIndices(ListenerChangeOutputIndices& listener)
+{
+	_setListenersChangeOutputIndices.Add(listener);
+	return true;
+}
+
+bool MgrEffectsImpl::RemoveListenerChangeOutputIndices(ListenerChangeOutputIndices& listener)
+{
+	_setListenersChangeOutputIndices.Remove(listener);
+	return true;
+}
+
+bool MgrEffectsImpl::_OnAddOutput(TypeSpecifier type, const std::string& name)
+{
+	return _setListenersAddOutput.Notify(type, name);
+}
+
+bool MgrEffectsImpl::_OnRemoveOutput(const std::string& name)
+{
+	return _setListenersRemoveOutput.Notify(name);
+}
+
+// Effects are updated through their factories, which do not exist yet: there is nothing to compile.
+bool MgrEffectsImpl::Update(Result*)
+{
+	return true;
+}
+
+bool MgrEffectsImpl::Update()
+{
+	Result local;
+	if (Update(&local))
+		return true;
+	local.Print(_pConsole);
+	return false;
+}
+
+Key MgrEffectsImpl::CreateKey()
+{
+	return _mgrKeys.Create(0);
+}
+
+bool MgrEffectsImpl::DestroyKey(Key& key)
+{
+	return _mgrKeys.Destroy(key);
+}
+
+void MgrEffectsImpl::AddResult(Result& result)
+{
+	_pResult->Add(result);
+}
+
+void MgrEffectsImpl::AddResultMessage(const char* format, ...)
+{
+	if (_pResult == nullptr)
+		return;
+	va_list args;
+	va_start(args, format);
+	va_list copy;
+	va_copy(copy, args);
+	const int length = std::vsnprintf(nullptr, 0, format, copy);
+	va_end(copy);
+	std::string text(length > 0 ? static_cast<size_t>(length) : 0, '\0');
+	if (length > 0)
+		std::vsnprintf(&text[0], text.size() + 1, format, args);
+	va_end(args);
+	_pResult->Add("%s", text.c_str());
+	_pConsole->Message("%s", text.c_str());
+}
+
+} // namespace Tarsel::Effects
