@@ -66,19 +66,15 @@ void ReportAssert(bool& bSilenced, const char* expression, int line, const char*
 } // namespace Detail
 } // namespace Tarsel
 
-// The check never changes control flow: code after it runs on.
-#define TARSEL_ASSERT_MSG(expr, message)                                                                     \
+// The check never changes control flow: code after it runs on. Each public macro stringifies its own
+// argument, so the text is the expression as written (NULL stays "NULL", not its expansion).
+#define TARSEL_DETAIL_CHECK(expr, text, message)                                                             \
 	do                                                                                                       \
 	{                                                                                                        \
 		static bool s_bSilenced = false;                                                                     \
 		if (!(expr) && !s_bSilenced)                                                                         \
-			::Tarsel::Detail::ReportAssert(s_bSilenced, #expr, __LINE__, __FILE__, message);                 \
+			::Tarsel::Detail::ReportAssert(s_bSilenced, text, __LINE__, __FILE__, message);                  \
 	} while (0)
-#define TARSEL_ASSERT(expr) TARSEL_ASSERT_MSG(expr, nullptr)
-#define TARSEL_FAIL(message)                                                                                 \
-	do                                                                                                       \
-	{                                                                                                        \
-		static bool s_bSilenced = false;                                                                     \
-		if (!s_bSilenced)                                                                                    \
-			::Tarsel::Detail::ReportAssert(s_bSilenced, "false", __LINE__, __FILE__, message);               \
-	} while (0)
+#define TARSEL_ASSERT_MSG(expr, message) TARSEL_DETAIL_CHECK(expr, #expr, message)
+#define TARSEL_ASSERT(expr) TARSEL_DETAIL_CHECK(expr, #expr, nullptr)
+#define TARSEL_FAIL(message) TARSEL_DETAIL_CHECK(false, "false", message)
