@@ -48,7 +48,8 @@ protected:
 		Write("second/lib.tsl", "second");
 		Write("env/lib.tsl", "env");
 		Write("env/only.tsl", "only env");
-		setenv("TARSEL_SHADER_PATH", (_root / "env").c_str(), 1);
+		setenv("TARSEL_SHADER_PATH", ((_root / "nowhere").string() + "::" + (_root / "env").string()).c_str(),
+		       1);
 	}
 	void TearDown() override
 	{
