@@ -19,8 +19,8 @@ public:
 };
 
 // The host's console: internal diagnostics go to Message, user-facing errors to Error.
-// A console either overrides the two writers (the formatting is done once, here) or replaces
-// Message and Error themselves.
+// A console implements the two writers (the formatting is done once, here); one that formats on its own
+// may replace Message and Error as well.
 class IMgrConsole
 {
 public:
