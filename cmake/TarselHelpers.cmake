@@ -15,7 +15,7 @@ function(tarsel_add_test_suite name dir)
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   target_compile_definitions(${name} PRIVATE TARSEL_TEST_DATA_DIR="${PROJECT_SOURCE_DIR}/tests/data"
                                              TARSEL_SHADERS_DIR="${PROJECT_SOURCE_DIR}/shaders")
-  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+  gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
 endfunction()
 
 # One benchmark executable per source file in bench/.
