@@ -90,9 +90,6 @@ TEST_F(ValueFixture, TextFormsFollowTheStream)
 	Value<std::string> words(1, false, "two words");
 	ASSERT_TRUE(words.GetValueAsString(text));
 	EXPECT_EQ("two words", text);
-	EXPECT_STREQ("QLtexture", Value<QLtexture*>(1, false, nullptr).GetTypeName());
-	EXPECT_EQ(kType_Mat3, Value<Matrix33f>(1, false, Matrix33f()).GetTypeSpecifier());
-	EXPECT_EQ(kType_UserDefined, Value<std::string>(0, true, "").GetTypeSpecifier());
 }
 
 // Only buffers transpose: a plain value must hold exactly what the host set.
