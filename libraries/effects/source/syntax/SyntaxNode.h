@@ -49,7 +49,9 @@ struct LocationRange
 };
 
 // Base of every node. Nodes come from one pool-backed allocator (see Syntax.cpp) and are destroyed
-// iteratively, so that very deep trees do not exhaust the stack when deleted.
+// iteratively, so that trees of any depth can be deleted. Clone, Equals and visitor walks recurse once per
+// level (left-nested operator chains excepted for Clone and Equals): they rely on the parser's cap on tree
+// height (1000) and on generated code staying shallow.
 class Syntax
 {
 public:
