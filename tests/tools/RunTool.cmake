@@ -1,7 +1,9 @@
 # Runs one tarsel-fx command line and checks its exit code and output, which CTest alone cannot do
 # together (a pass expression makes it ignore the exit code).
-#   TOOL, ARGS (;-list), WORKDIR, EXPECT_EXIT, optional EXPECT_REGEX (;-list, each must match),
+#   TOOL, ARGS ('|'-list), WORKDIR, EXPECT_EXIT, optional EXPECT_REGEX ('|'-list, each must match),
 #   optional REJECT_REGEX, optional EXPECT_FILE (stdout must equal it byte for byte).
+string(REPLACE "|" ";" ARGS "${ARGS}")
+string(REPLACE "|" ";" EXPECT_REGEX "${EXPECT_REGEX}")
 execute_process(COMMAND ${TOOL} ${ARGS} WORKING_DIRECTORY ${WORKDIR} RESULT_VARIABLE code OUTPUT_VARIABLE out
                 ERROR_VARIABLE err)
 set(all "${out}${err}")

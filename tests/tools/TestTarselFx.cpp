@@ -90,7 +90,7 @@ protected:
 		args.files = std::move(files);
 		_out.str("");
 		_console.Clear();
-		return Run(args, &_console, _out);
+		return Fx::Run(args, &_console, _out);
 	}
 	std::string AllConsole() const
 	{

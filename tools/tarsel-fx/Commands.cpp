@@ -5,6 +5,9 @@
 #include "core/Path.h"
 #include "core/Result.h"
 #include "effects/MgrEffects.h"
+#include "graph/VisitorPrintTsl.h"
+#include "manager/MgrEffectsImpl.h"
+#include "objects/Library.h"
 #include "quillon/Reference.h"
 
 #include <ostream>
@@ -12,6 +15,10 @@
 
 namespace Tarsel::Fx
 {
+using Effects::Library;
+using Effects::MgrEffects;
+using Effects::VisitorPrintTsl;
+
 namespace
 {
 
@@ -75,11 +82,57 @@ int RunCheck(const Arguments& args, Host& host)
 	return bAllLoaded ? 0 : 1;
 }
 
+// The text a load would parse: the same preprocessing the manager runs, stopped before parsing.
+bool Preprocess(const Arguments& args, Host& host, std::string& path, std::string& text)
+{
+	Result result;
+	const bool bDone =
+	    host.GetMgr().GetImplementation()->PreprocessFile(args.files.front(), path, text, &result);
+	host.PrintResult(result);
+	return bDone;
+}
+
+int RunPreprocess(const Arguments& args, Host& host, std::ostream& out)
+{
+	std::string path, text;
+	if (!Preprocess(args, host, path, text))
+		return 1;
+	out << text;
+	return 0;
+}
+
+// Parses the preprocessed text into a library of its own and prints its module without output indices.
+int RunPrint(const Arguments& args, Host& host, std::ostream& out)
+{
+	std::string path, text;
+	if (!Preprocess(args, host, path, text))
+		return 1;
+	Result result;
+	Library library;
+	const bool bParsed = library.Init(&host.GetMgr(), path, text, &result, 0);
+	host.PrintResult(result);
+	if (!bParsed)
+		return 1;
+	Result printResult;
+	VisitorPrintTsl printer(&printResult, &host.GetMgr(), false);
+	const bool bPrinted = printer.Visit(library.GetModule());
+	host.PrintResult(printResult);
+	out << printer.result();
+	library.Shutdown();
+	return bPrinted ? 0 : 1;
+}
+
+// For commands whose product is a text on stdout, every console line goes to stderr.
+class StderrConsole : public DefaultConsole
+{
+protected:
+	void _WriteMessage(const std::string& text) override { _WriteError(text); }
+};
+
 } // namespace
 
 int Run(const Arguments& args, IMgrConsole* console, std::ostream& out)
 {
-	(void)out;
 	ScopedSearchRoots roots(args.includeDirs);
 	Host host(console);
 	if (!host.IsReady())
@@ -89,8 +142,9 @@ int Run(const Arguments& args, IMgrConsole* console, std::ostream& out)
 	case Command::kCheck:
 		return RunCheck(args, host);
 	case Command::kPreprocess:
+		return RunPreprocess(args, host, out);
 	case Command::kPrint:
-		break;
+		return RunPrint(args, host, out);
 	}
 	return 1;
 }
@@ -105,7 +159,9 @@ int Main(int argc, const char* const* argv, std::ostream& out, std::ostream& err
 		return kExitUsage;
 	}
 	DefaultConsole console;
-	return Run(args, &console, out);
+	StderrConsole stderrConsole;
+	const bool bProductOnStdout = args.command != Command::kCheck;
+	return Run(args, bProductOnStdout ? static_cast<IMgrConsole*>(&stderrConsole) : &console, out);
 }
 
 } // namespace Tarsel::Fx
