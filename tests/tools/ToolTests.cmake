@@ -3,11 +3,14 @@ set(_fx_data ${PROJECT_SOURCE_DIR}/tests/data/tools)
 set(_fx_script ${CMAKE_CURRENT_LIST_DIR}/RunTool.cmake)
 
 function(tarsel_fx_test name exit)
-  cmake_parse_arguments(T "" "EXPECT_FILE;REJECT" "ARGS;EXPECT" ${ARGN})
+  cmake_parse_arguments(T "" "EXPECT_FILE;REJECT;TOOL" "ARGS;EXPECT" ${ARGN})
+  if(NOT T_TOOL)
+    set(T_TOOL tarsel-fx)
+  endif()
   # Lists travel to the script with '|' between elements; every -D stays one argument.
   string(REPLACE ";" "|" _args "${T_ARGS}")
   string(REPLACE ";" "|" _expect "${T_EXPECT}")
-  set(_defs -DTOOL=$<TARGET_FILE:tarsel-fx> "-DARGS=${_args}" -DWORKDIR=${PROJECT_SOURCE_DIR} -DEXPECT_EXIT=${exit})
+  set(_defs -DTOOL=$<TARGET_FILE:${T_TOOL}> "-DARGS=${_args}" -DWORKDIR=${PROJECT_SOURCE_DIR} -DEXPECT_EXIT=${exit})
   if(T_EXPECT)
     list(APPEND _defs "-DEXPECT_REGEX=${_expect}")
   endif()
@@ -17,7 +20,7 @@ function(tarsel_fx_test name exit)
   if(T_EXPECT_FILE)
     list(APPEND _defs -DEXPECT_FILE=${T_EXPECT_FILE})
   endif()
-  add_test(NAME tarsel_fx.${name} COMMAND ${CMAKE_COMMAND} ${_defs} -P ${_fx_script})
+  add_test(NAME ${T_TOOL}.${name} COMMAND ${CMAKE_COMMAND} ${_defs} -P ${_fx_script})
 endfunction()
 
 # The parser's line for line 5, with the file's own name and no other line number.
@@ -45,3 +48,11 @@ tarsel_fx_test(usage_bad_option 2 ARGS check -x ${_fx_data}/valid.tsl EXPECT "un
 file(GLOB_RECURSE _fx_shaders CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/shaders/*.tsl)
 tarsel_fx_test(check_shipped_shaders 0 ARGS check -I ${PROJECT_SOURCE_DIR}/shaders ${_fx_shaders}
                REJECT "Syntax Error|Parse Failure|Failed to read")
+
+# The reference device's checker: a surface program links and lists its uniforms; an undeclared name fails on its line.
+set(_ql_data ${PROJECT_SOURCE_DIR}/tests/data/qlsl)
+tarsel_fx_test(links_surface_program 0 TOOL qlsl-check
+               ARGS ${_ql_data}/surface_root.qlray ${_ql_data}/surface_graph.qlray ${_ql_data}/surface.qlvert
+               EXPECT "linked 3 shader" "vec3 +color_k1f_k2b")
+tarsel_fx_test(reports_undeclared_identifier 1 TOOL qlsl-check ARGS ${_fx_data}/undeclared.qlray
+               EXPECT "undeclared\\.qlray: ERROR: String 0 Line 6: 'y' : undeclared identifier")
