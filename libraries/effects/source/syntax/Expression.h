@@ -26,8 +26,8 @@ private:
 	Module* _pModule;
 };
 
-// Declaration boilerplate shared by every concrete expression class.
-#define TARSEL_EXPRESSION_NODE(Name)                                                                         \
+// Declaration boilerplate shared by every concrete expression or statement class.
+#define TARSEL_PARENTED_NODE(Name, Base)                                                                     \
 	static Class ClassStatic()                                                                               \
 	{                                                                                                        \
 		return kClass_##Name;                                                                                \
@@ -37,9 +37,10 @@ private:
 		return ClassStatic();                                                                                \
 	}                                                                                                        \
 	Name* Clone(Module* pModule) const override;                                                             \
-	bool Equals(const Expression* pOther) const override;                                                    \
-	bool AcceptVisitor(Visitor* pVisitor, TParentSyntaxConst<Expression>* pParent) const override;           \
-	bool AcceptVisitor(Visitor* pVisitor, TIParentSyntax<Expression>* pParent) override
+	bool Equals(const Base* pOther) const override;                                                          \
+	bool AcceptVisitor(Visitor* pVisitor, TParentSyntaxConst<Base>* pParent) const override;                 \
+	bool AcceptVisitor(Visitor* pVisitor, TIParentSyntax<Base>* pParent) override
+#define TARSEL_EXPRESSION_NODE(Name) TARSEL_PARENTED_NODE(Name, Expression)
 
 class Assignment : public Expression
 {

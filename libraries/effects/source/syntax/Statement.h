@@ -27,19 +27,7 @@ private:
 	Module* _pModule;
 };
 
-#define TARSEL_STATEMENT_NODE(Name)                                                                          \
-	static Class ClassStatic()                                                                               \
-	{                                                                                                        \
-		return kClass_##Name;                                                                                \
-	}                                                                                                        \
-	Class GetClass() const override                                                                          \
-	{                                                                                                        \
-		return ClassStatic();                                                                                \
-	}                                                                                                        \
-	Name* Clone(Module* pModule) const override;                                                             \
-	bool Equals(const Statement* pOther) const override;                                                     \
-	bool AcceptVisitor(Visitor* pVisitor, TParentSyntaxConst<Statement>* pParent) const override;            \
-	bool AcceptVisitor(Visitor* pVisitor, TIParentSyntax<Statement>* pParent) override
+#define TARSEL_STATEMENT_NODE(Name) TARSEL_PARENTED_NODE(Name, Statement)
 
 class EmptyStatement : public Statement
 {
