@@ -88,6 +88,7 @@ const char* const s_aParameterTexts[] = {"", "in", "out", "inout"};
 const char* const s_aTransformationTexts[] = {"coord", "normal", "tangent"};
 
 const char* const kUnknown = "Unknown";
+const TypeInfo kUnknownType{"UNKNOWN", 0, 0};
 
 } // namespace
 
@@ -108,17 +109,17 @@ const char* JumpTypeToString(JumpType eType)
 
 const char* TypeSpecifierToString(TypeSpecifier eType)
 {
-	return Lookup(s_aTypes, eType, TypeInfo{"UNKNOWN", 0, 0}).pText;
+	return Lookup(s_aTypes, eType, kUnknownType).pText;
 }
 
 size_t TypeSpecifierToSizeInBytes(TypeSpecifier eType)
 {
-	return Lookup(s_aTypes, eType, TypeInfo{"UNKNOWN", 0, 0}).nBytes;
+	return Lookup(s_aTypes, eType, kUnknownType).nBytes;
 }
 
 int TypeSpecifierToCountChannels(TypeSpecifier eType)
 {
-	return Lookup(s_aTypes, eType, TypeInfo{"UNKNOWN", 0, 0}).nChannels;
+	return Lookup(s_aTypes, eType, kUnknownType).nChannels;
 }
 
 const char* StorageQualifierToString(StorageQualifier eStorage)
