@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "graph/VisitorPrintTsl.h"
+#include "codegen/VisitorPrintTsl.h"
 #include "syntax/Syntax.h"
 #include "syntax/TslParser.h"
 

@@ -1,4 +1,4 @@
-#include "objects/ValueBuffer.h"
+#include "values/ValueBuffer.h"
 
 #include "quillon/Reference.h"
 

@@ -1,11 +1,11 @@
 #include "Commands.h"
 
+#include "codegen/VisitorPrintTsl.h"
 #include "core/Assets.h"
 #include "core/Console.h"
 #include "core/Path.h"
 #include "core/Result.h"
 #include "effects/MgrEffects.h"
-#include "graph/VisitorPrintTsl.h"
 #include "manager/MgrEffectsImpl.h"
 #include "objects/Library.h"
 #include "quillon/Reference.h"

@@ -1,4 +1,4 @@
-#include "graph/VisitorPrintTsl.h"
+#include "codegen/VisitorPrintTsl.h"
 
 #include "core/Console.h"
 #include "core/Result.h"

@@ -1,4 +1,4 @@
-#include "objects/ValueTraits.h"
+#include "values/ValueTraits.h"
 
 #include <vector>
 

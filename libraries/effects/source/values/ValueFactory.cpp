@@ -1,9 +1,9 @@
-#include "objects/ValueFactory.h"
+#include "values/ValueFactory.h"
 
 #include "core/Assert.h"
 #include "effects/IMgrEffects.h"
-#include "objects/Value.h"
-#include "objects/ValueBuffer.h"
+#include "values/Value.h"
+#include "values/ValueBuffer.h"
 
 #include <type_traits>
 

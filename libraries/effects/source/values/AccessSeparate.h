@@ -1,7 +1,7 @@
 #pragma once
 
-#include "objects/IAccess.h"
 #include "syntax/Syntax.h"
+#include "values/IAccess.h"
 
 #include <string>
 

@@ -1,4 +1,4 @@
-#include "objects/AccessSeparate.h"
+#include "values/AccessSeparate.h"
 
 #include "core/Assert.h"
 #include "syntax/Syntax.h"

@@ -1,5 +1,5 @@
-#include "objects/Value.h"
-#include "objects/ValueBuffer.h"
+#include "values/Value.h"
+#include "values/ValueBuffer.h"
 
 #include "core/Assert.h"
 #include "core/Console.h"

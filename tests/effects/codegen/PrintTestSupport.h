@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "graph/VisitorPrintTsl.h"
+#include "codegen/VisitorPrintTsl.h"
 #include "quillon/Reference.h"
 #include "syntax/Syntax.h"
 

@@ -2,8 +2,8 @@
 
 #include "core/Assert.h"
 #include "core/Console.h"
-#include "objects/IValue.h"
-#include "objects/ValueTraits.h"
+#include "values/IValue.h"
+#include "values/ValueTraits.h"
 
 #include <algorithm>
 #include <sstream>

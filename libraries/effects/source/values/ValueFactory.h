@@ -1,8 +1,8 @@
 #pragma once
 
-#include "objects/IStorage.h"
-#include "objects/ParameterStorage.h"
-#include "objects/ValueTraits.h"
+#include "values/IStorage.h"
+#include "values/ParameterStorage.h"
+#include "values/ValueTraits.h"
 
 namespace Tarsel::Effects
 {

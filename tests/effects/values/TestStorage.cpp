@@ -1,5 +1,5 @@
-#include "objects/PolicyAccessor.h"
-#include "objects/ValueFactory.h"
+#include "values/PolicyAccessor.h"
+#include "values/ValueFactory.h"
 
 #include "core/Assert.h"
 #include "core/Console.h"

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "objects/AccessSeparate.h"
-#include "objects/IStorage.h"
 #include "quillon/QLTypes.h"
+#include "values/AccessSeparate.h"
+#include "values/IStorage.h"
 
 namespace Tarsel::Effects
 {

@@ -3,10 +3,10 @@
 #include "core/Assert.h"
 #include "core/Console.h"
 #include "effects/IMgrEffects.h"
-#include "objects/IStorage.h"
-#include "objects/Value.h"
-#include "objects/ValueBuffer.h"
 #include "quillon/IQLPrimitive.h"
+#include "values/IStorage.h"
+#include "values/Value.h"
+#include "values/ValueBuffer.h"
 
 #include <algorithm>
 #include <memory>

@@ -2,11 +2,11 @@
 
 #include "core/Assert.h"
 #include "core/Console.h"
-#include "objects/IValue.h"
-#include "objects/Value.h"
-#include "objects/ValueTraits.h"
 #include "quillon/IQLBuffer.h"
 #include "quillon/IQuillonContext.h"
+#include "values/IValue.h"
+#include "values/Value.h"
+#include "values/ValueTraits.h"
 
 #include <algorithm>
 
