@@ -1,0 +1,125 @@
+#include <gtest/gtest.h>
+
+#include "PrintTestSupport.h"
+
+using namespace Tarsel;
+using namespace Tarsel::Effects;
+using namespace Tarsel::Effects::Testing;
+
+namespace
+{
+
+struct Case
+{
+	Expression* pTree;
+	const char* pText;
+};
+
+// Each tree prints as the given text, and that text parses back into the same tree.
+void ExpectReparsed(Tree& t, const std::vector<Case>& vCases)
+{
+	for (const Case& c : vCases)
+	{
+		const std::string sText = PrintNode(c.pTree);
+		EXPECT_EQ(sText, c.pText);
+		Expression* pParsed = ParseExpression(t.m.get(), sText);
+		EXPECT_TRUE(pParsed && c.pTree->Equals(pParsed)) << sText;
+		t.m->AddExpression(c.pTree);
+	}
+}
+
+} // namespace
+
+// A blank goes exactly where two tokens would otherwise lex as others: "--" as a decrement, "+++" as
+// "++ +", "1." as a float.
+TEST(PrintExpression, AdjacentTokensNeverFuse)
+{
+	Tree t;
+	ExpectReparsed(
+	    t, {
+	           {t.Op(kOperator_Subtract, t.V("x"), t.Un(kOperator_Subtract, t.F("1.0"))), "(x- -1.0)"},
+	           {t.Un(kOperator_Subtract, t.Un(kOperator_Subtract, t.V("x"))), "- -x"},
+	           {t.Un(kOperator_Add, t.Un(kOperator_Add, t.V("x"))), "+ +x"},
+	           {t.Op(kOperator_Add, t.V("i"), t.Un(kOperator_Increment, t.V("i"))), "(i+ ++i)"},
+	           {t.Op(kOperator_Subtract, t.V("a"), t.Un(kOperator_Decrement, t.V("b"))), "(a- --b)"},
+	           {t.Un(kOperator_Subtract, t.Un(kOperator_Decrement, t.V("x"))), "- --x"},
+	           // These lex as intended without a blank, so they get none.
+	           {t.Un(kOperator_Decrement, t.Un(kOperator_Subtract, t.V("x"))), "---x"},
+	           {t.Op(kOperator_Add, t.Post(kOperator_Increment, t.V("a")), t.V("b")), "(a+++b)"},
+	           {t.Set(t.Post(kOperator_Increment, t.V("a")), t.V("b"), kOperator_Add), "a+++= b"},
+	           {t.Set(t.Post(kOperator_Decrement, t.V("a")), t.Un(kOperator_Subtract, t.V("b")),
+	                  kOperator_Subtract),
+	            "a---= -b"},
+	           {t.Op(kOperator_Less, t.V("a"), t.Un(kOperator_Subtract, t.V("b"))), "(a<-b)"},
+	           {t.Op(kOperator_Divide, t.V("a"), t.Un(kOperator_Not, t.V("b"))), "(a/!b)"},
+	           {t.Field(t.I(1), "x"), "1 .x"},
+	           {t.Field(t.F("1.0"), "x"), "1.0.x"},
+	           {t.Field(t.F("1e5"), "x"), "1e5.x"},
+	       });
+	// Negative literals carry their sign into the text.
+	EXPECT_EQ(PrintNode(t.Op(kOperator_Subtract, t.V("a"), t.I(-5))), "(a- -5)");
+	EXPECT_EQ(PrintNode(t.Un(kOperator_Subtract, t.m->CreateFloatConstant(-2.0))), "- -2.000000000000000");
+}
+
+// Parentheses where the printed form of a child binds more loosely than its position allows; none where
+// the Part's own parentheses already do it.
+TEST(PrintExpression, PrecedenceKeepsTheTreeShape)
+{
+	Tree t;
+	auto Choice = [&t]() { return t.Cond(t.V("c"), t.V("a"), t.V("b")); };
+	ExpectReparsed(
+	    t,
+	    {
+	        {t.Op(kOperator_Multiply,
+	              t.Cond(t.Op(kOperator_Greater, t.V("x"), t.F("0.0")), t.V("x"), t.V("y")), t.F("2.0")),
+	         "((((x>0.0)) ? (x) : (y))*2.0)"},
+	        {t.Field(t.Un(kOperator_Subtract, t.V("v")), "x"), "(-v).x"},
+	        {t.Sub(Choice(), t.I(0)), "((c) ? (a) : (b))[0]"},
+	        {t.Field(Choice(), "y"), "((c) ? (a) : (b)).y"},
+	        {t.Sub(t.Un(kOperator_Complement, t.V("a")), t.I(1)), "(~a)[1]"},
+	        {t.Post(kOperator_Increment, t.Un(kOperator_Subtract, t.V("a"))), "(-a)++"},
+	        {t.Un(kOperator_Not, Choice()), "!((c) ? (a) : (b))"},
+	        {t.Op(kOperator_Add, t.Set(t.V("a"), t.V("b")), t.I(1)), "((a = b)+1)"},
+	        {t.Op(kOperator_LogicalAnd, t.V("p"), t.Set(t.V("q"), t.V("r"), kOperator_BitOr)),
+	         "(p&&(q|= r))"},
+	        {t.Un(kOperator_Subtract, t.Set(t.V("a"), t.V("b"), kOperator_Add)), "-(a+= b)"},
+	        {t.Set(Choice(), t.V("d")), "((c) ? (a) : (b)) = d"},
+	        {t.Set(t.Set(t.V("a"), t.V("b")), t.V("c")), "(a = b) = c"},
+	        {t.Set(t.V("a"), t.Set(t.V("b"), Choice())), "a = b = (c) ? (a) : (b)"},
+	        {t.Op(kOperator_Comma, t.Set(t.V("a"), t.I(1)), t.Set(t.V("b"), t.I(2))), "(a = 1,b = 2)"},
+	        {t.Cond(t.V("c"), t.Op(kOperator_Comma, t.V("a"), t.V("b")), t.Set(t.V("x"), t.V("y"))),
+	         "(c) ? ((a,b)) : (x = y)"},
+	        {t.Cond(Choice(), t.V("d"), t.V("e")), "((c) ? (a) : (b)) ? (d) : (e)"},
+	        {t.Op(kOperator_Subtract, t.V("a"), t.Op(kOperator_Subtract, t.V("b"), t.V("c"))), "(a-(b-c))"},
+	        {t.Call("f", {t.Op(kOperator_Comma, t.V("a"), t.V("b")), Choice()}), "f((a,b), (c) ? (a) : (b))"},
+	    });
+	EXPECT_EQ(PrintNode(t.Field(t.I(-5), "x")), "(-5).x");
+	EXPECT_EQ(PrintNode(t.Sub(t.m->CreateFloatConstant(-0.0), t.I(0))), "(-0.000000000000000)[0]");
+	EXPECT_EQ(PrintNode(t.Field(t.F("-0.5f"), "x")), "(-0.5).x");
+}
+
+// An else always stays with the if it belongs to, whatever the then-branch ends in.
+TEST(PrintExpression, ElseStaysWithItsIf)
+{
+	Tree t;
+	Statement* pInnerOpen = t.If(t.V("a"), t.If(t.V("b"), t.E(t.V("x"))), t.E(t.V("y")));
+	const std::string sOpen = PrintNode(pInnerOpen);
+	EXPECT_EQ(sOpen, "if (a)\n{\n\tif (b)\n\t\tx;\n}\n\nelse\ny;\n");
+	auto* pParsed = static_cast<SelectionStatement*>(ParseStatement(t.m.get(), sOpen));
+	ASSERT_TRUE(pParsed && pParsed->GetElse());
+	EXPECT_EQ(pParsed->GetThen()->GetClass(), kClass_CompoundStatement);
+
+	Statement* pThroughLoop = t.If(
+	    t.V("a"), t.m->CreateWhileStatement(t.m->CreateCondition(t.V("c")), t.If(t.V("b"), t.E(t.V("x")))),
+	    t.E(t.V("y")));
+	EXPECT_NE(PrintNode(pThroughLoop).find("{\n\twhile(c)"), std::string::npos);
+
+	// A then-branch whose ifs all have an else needs no braces.
+	Statement* pClosed = t.If(t.V("a"), t.If(t.V("b"), t.E(t.V("x")), t.E(t.V("z"))), t.E(t.V("y")));
+	const std::string sClosed = PrintNode(pClosed);
+	EXPECT_EQ(sClosed.find('{'), std::string::npos);
+	Statement* pReparsed = ParseStatement(t.m.get(), sClosed);
+	EXPECT_TRUE(pReparsed && pClosed->Equals(pReparsed)) << sClosed;
+	for (Statement* p : {pInnerOpen, pThroughLoop, pClosed})
+		t.m->AddStatement(p);
+}
