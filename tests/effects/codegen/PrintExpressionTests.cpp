@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "PrintTestSupport.h"
+#include "core/Result.h"
 
 using namespace Tarsel;
 using namespace Tarsel::Effects;
@@ -122,4 +123,78 @@ TEST(PrintExpression, ElseStaysWithItsIf)
 	EXPECT_TRUE(pReparsed && pClosed->Equals(pReparsed)) << sClosed;
 	for (Statement* p : {pInnerOpen, pThroughLoop, pClosed})
 		t.m->AddStatement(p);
+}
+
+// A child that cannot be printed anywhere in the tree fails the whole print, which then leaves no text.
+TEST(PrintExpression, AFailedChildFailsThePrint)
+{
+	using MakeStatement = Statement* (*)(Tree&, Expression*);
+	const std::vector<std::pair<const char*, MakeStatement>> vPositions = {
+	    {"for body",
+	     [](Tree& t, Expression* p) -> Statement*
+	     {
+		     ForStatement* pFor = t.m->CreateForStatement(nullptr);
+		     pFor->SetStatement(t.E(p));
+		     return pFor;
+	     }},
+	    {"call argument",
+	     [](Tree& t, Expression* p) -> Statement* {
+		     return t.E(t.Call("g", {p, t.I(1)}));
+	     }},
+	    {"constructor argument",
+	     [](Tree& t, Expression* p) -> Statement* {
+		     return t.E(t.Call(t.m->CreateFunctionCall(t.m->CreateType(kType_Vec2)), {t.I(1), p}));
+	     }},
+	    {"else branch",
+	     [](Tree& t, Expression* p) -> Statement*
+	     { return t.If(t.V("a"), t.E(t.V("b")), t.If(t.V("c"), t.E(t.V("d")), t.E(p))); }},
+	    {"chain operand",
+	     [](Tree& t, Expression* p) -> Statement*
+	     { return t.E(t.Op(kOperator_Add, t.Op(kOperator_Add, t.V("a"), p), t.V("c"))); }},
+	    {"assignment chain",
+	     [](Tree& t, Expression* p) -> Statement* { return t.E(t.Set(t.V("a"), t.Set(t.V("b"), p))); }},
+	    {"unary chain",
+	     [](Tree& t, Expression* p) -> Statement*
+	     { return t.E(t.Un(kOperator_Not, t.Un(kOperator_Not, p))); }},
+	    {"initializer", [](Tree& t, Expression* p) -> Statement* { return t.Local(kType_Float, "x", p); }},
+	};
+	for (const auto& [pWhere, Make] : vPositions)
+	{
+		SCOPED_TRACE(pWhere);
+		Tree t;
+		Expression* pUnresolved = t.m->CreateFunctionSelection(t.V("light"), t.Call("Shade"));
+		t.Define(t.Proto(kType_Void, "main"), {t.E(t.V("before")), Make(t, pUnresolved)});
+		Result result;
+		VisitorPrintTsl printer(&result, nullptr, false);
+		EXPECT_FALSE(printer.Visit(t.m.get()));
+		EXPECT_EQ(printer.result(), "");
+		EXPECT_EQ(printer.GetSyntaxForLine(1), t.m.get());
+		ASSERT_EQ(result.GetMessages().size(), 1u);
+		EXPECT_NE(result.GetMessages()[0].find("Class \"light\" cannot be found."), std::string::npos);
+	}
+}
+
+// Trimming the 'f' never leaves an integer behind; the trimmed text is kept in the tree.
+TEST(PrintExpression, FloatLiteralsStayFloats)
+{
+	Tree t;
+	for (const auto& [pSource, pPrinted] : std::vector<std::pair<const char*, const char*>>{{"2f", "2."},
+	                                                                                        {"09f", "09."},
+	                                                                                        {"2", "2."},
+	                                                                                        {"1.5f", "1.5"},
+	                                                                                        {".5f", ".5"},
+	                                                                                        {"3.", "3."},
+	                                                                                        {"1e3", "1e3"}})
+	{
+		FloatConstant* pLiteral = t.F(pSource);
+		EXPECT_EQ(PrintNode(pLiteral), pPrinted);
+		EXPECT_EQ(pLiteral->GetString()->GetString(), pPrinted);
+		Expression* pParsed = ParseExpression(t.m.get(), pPrinted);
+		ASSERT_TRUE(pParsed);
+		EXPECT_EQ(pParsed->GetClass(), kClass_FloatConstant) << pPrinted;
+		t.m->AddExpression(pLiteral);
+	}
+	const std::string sGlobal = "float x = 09.;\nfloat y = 2. * x;\n";
+	EXPECT_EQ(CompileOnDevice(sGlobal + "void main()\n{\n}\n", IQLShader::kType_Ray),
+	          std::vector<std::string>());
 }

@@ -114,12 +114,20 @@ struct Tree
 };
 
 // The text of one expression or statement printed on its own.
-template <class N>
-std::string PrintNode(N* pNode, bool bExpectSuccess = true)
+template <class Base>
+std::string PrintNodeAs(Base* pNode, bool bExpectSuccess = true)
 {
 	VisitorPrintTsl printer(nullptr, nullptr, false);
-	EXPECT_EQ(pNode->AcceptVisitor(&printer, static_cast<TIParentSyntax<N>*>(nullptr)), bExpectSuccess);
+	EXPECT_EQ(pNode->AcceptVisitor(&printer, static_cast<TIParentSyntax<Base>*>(nullptr)), bExpectSuccess);
 	return printer.result();
+}
+inline std::string PrintNode(Expression* pNode)
+{
+	return PrintNodeAs<Expression>(pNode);
+}
+inline std::string PrintNode(Statement* pNode)
+{
+	return PrintNodeAs<Statement>(pNode);
 }
 
 // Parses text that holds one lone expression ("{e}") or statement ("[s]") into the module; null when the
