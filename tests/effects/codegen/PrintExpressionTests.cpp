@@ -58,8 +58,9 @@ TEST(PrintExpression, AdjacentTokensNeverFuse)
 	           {t.Field(t.F("1e5"), "x"), "1e5.x"},
 	       });
 	// Negative literals carry their sign into the text.
-	EXPECT_EQ(PrintNode(t.Op(kOperator_Subtract, t.V("a"), t.I(-5))), "(a- -5)");
-	EXPECT_EQ(PrintNode(t.Un(kOperator_Subtract, t.m->CreateFloatConstant(-2.0))), "- -2.000000000000000");
+	EXPECT_EQ(PrintNode(t.Keep(t.Op(kOperator_Subtract, t.V("a"), t.I(-5)))), "(a- -5)");
+	EXPECT_EQ(PrintNode(t.Keep(t.Un(kOperator_Subtract, t.m->CreateFloatConstant(-2.0)))),
+	          "- -2.000000000000000");
 }
 
 // Parentheses where the printed form of a child binds more loosely than its position allows; none where
@@ -94,9 +95,9 @@ TEST(PrintExpression, PrecedenceKeepsTheTreeShape)
 	        {t.Op(kOperator_Subtract, t.V("a"), t.Op(kOperator_Subtract, t.V("b"), t.V("c"))), "(a-(b-c))"},
 	        {t.Call("f", {t.Op(kOperator_Comma, t.V("a"), t.V("b")), Choice()}), "f((a,b), (c) ? (a) : (b))"},
 	    });
-	EXPECT_EQ(PrintNode(t.Field(t.I(-5), "x")), "(-5).x");
-	EXPECT_EQ(PrintNode(t.Sub(t.m->CreateFloatConstant(-0.0), t.I(0))), "(-0.000000000000000)[0]");
-	EXPECT_EQ(PrintNode(t.Field(t.F("-0.5f"), "x")), "(-0.5).x");
+	EXPECT_EQ(PrintNode(t.Keep(t.Field(t.I(-5), "x"))), "(-5).x");
+	EXPECT_EQ(PrintNode(t.Keep(t.Sub(t.m->CreateFloatConstant(-0.0), t.I(0)))), "(-0.000000000000000)[0]");
+	EXPECT_EQ(PrintNode(t.Keep(t.Field(t.F("-0.5f"), "x"))), "(-0.5).x");
 }
 
 // An else always stays with the if it belongs to, whatever the then-branch ends in.

@@ -26,6 +26,9 @@ struct Tree
 	IntConstant* I(long i) { return m->CreateIntConstant(i); }
 	FloatConstant* F(const char* pText) { return m->CreateFloatConstant(S(pText)); }
 	Expression* Op(Operator e, Expression* pL, Expression* pR) { return m->CreateBinaryOperator(e, pL, pR); }
+	// Hands a node printed on its own to the module, which deletes it.
+	Expression* Keep(Expression* p) { return m->AddExpression(p), p; }
+	Statement* Keep(Statement* p) { return m->AddStatement(p), p; }
 	Expression* Un(Operator e, Expression* p) { return m->CreateUnaryOperator(e, p); }
 	Expression* Post(Operator e, Expression* p) { return m->CreatePostOperator(e, p); }
 	Expression* Cond(Expression* pC, Expression* pT, Expression* pF)
