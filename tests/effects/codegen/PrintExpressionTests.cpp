@@ -199,3 +199,22 @@ TEST(PrintExpression, FloatLiteralsStayFloats)
 	EXPECT_EQ(CompileOnDevice(sGlobal + "void main()\n{\n}\n", IQLShader::kType_Ray),
 	          std::vector<std::string>());
 }
+
+// An array constructor left without its brackets would construct one float from three. (The reference
+// device does not parse array constructors yet, so the text is not compiled here.)
+TEST(PrintExpression, ArrayConstructorsKeepTheirLength)
+{
+	Tree t;
+	Type* pArray = t.m->CreateType(kType_Float);
+	pArray->SetArray(true);
+	pArray->SetLength(t.I(3));
+	Expression* pConstructor = t.Call(t.m->CreateFunctionCall(pArray), {t.F("1.0"), t.F("2.0"), t.F("3.0")});
+	Type* pDeclared = t.m->CreateType(kType_Float);
+	pDeclared->SetArray(true);
+	pDeclared->SetLength(t.I(3));
+	t.m->AddVariableDeclaration(t.m->CreateDeclarationStatement(t.Decl(pDeclared, "k", pConstructor)));
+	t.Define(t.Proto(kType_Void, "main"), {});
+	VisitorPrintTsl printer(nullptr, nullptr, false);
+	ASSERT_TRUE(printer.Visit(t.m.get()));
+	EXPECT_NE(printer.result().find("float k[3] = float[3](1.0, 2.0, 3.0);\n"), std::string::npos);
+}
