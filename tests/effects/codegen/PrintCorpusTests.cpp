@@ -33,12 +33,12 @@ std::string RoundTrip(const std::string& sSource, N* (*Parse)(Module*, const std
 
 TEST(PrintCorpus, RandomExpressionsAndStatementsRoundTrip)
 {
-	SourceGenerator generator(20261123);
+	SourceGenerator generator(AnyCode(), 20261123);
 	int nFailures = 0;
 	for (int k = 0; k < 12000 && nFailures < 5; ++k)
 	{
 		const bool bStatement = k % 2 == 1;
-		const std::string sSource = bStatement ? generator.Statement(3) : generator.Expression(4);
+		const std::string sSource = generator.Expand(bStatement ? "Statement" : "Expr", bStatement ? 14 : 12);
 		const std::string sFailure = bStatement ? RoundTrip<Statement>(sSource, ParseStatement)
 		                                        : RoundTrip<Expression>(sSource, ParseExpression);
 		if (!sFailure.empty())
@@ -53,11 +53,16 @@ TEST(PrintCorpus, RandomExpressionsAndStatementsRoundTrip)
 // branch regrouped.
 TEST(PrintCorpus, WellTypedProgramsCompileAfterPrinting)
 {
-	SourceGenerator generator(4145);
+	SourceGenerator generator(TypedCode(), 4145);
 	int nFailures = 0;
 	for (int k = 0; k < 150 && nFailures < 3; ++k)
 	{
-		const std::string sSource = generator.TypedFunction("Case", 6, 3) + "\nvoid main ( ) { }\n";
+		std::string sSource = "float Case ( float a , int i , bool p , vec3 v ) { float fa = a ; int n = i ; "
+		                      "bool q = p ; vec3 w = v ; float t = " +
+		                      generator.Expand("F", 4) + " ;";
+		for (int nStatement = 0; nStatement < 6; ++nStatement)
+			sSource += " " + generator.Expand("T", 6);
+		sSource += " return " + generator.Expand("F", 5) + " ; }\nvoid main ( ) { }\n";
 		Tree t;
 		ASSERT_TRUE(ParseInto(t.m.get(), sSource));
 		VisitorPrintTsl printer(nullptr, nullptr, false);

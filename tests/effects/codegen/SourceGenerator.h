@@ -1,347 +1,127 @@
 #pragma once
 
+#include <map>
 #include <random>
+#include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Tarsel::Effects::Testing
 {
 
-// Random shading-language source with a fixed seed, tokens separated by blanks so that the source itself
-// never depends on how adjacent tokens lex.
+// Random source from a small grammar with a fixed seed. A symbol expands to one of its productions, whose
+// words are symbols or text; at depth 0 (and now and then before) it takes a leaf instead. Words are
+// separated by blanks, so that the source itself never depends on how adjacent tokens lex.
 class SourceGenerator
 {
 public:
-	explicit SourceGenerator(unsigned nSeed) : _random(nSeed) {}
-
-	// Any expression the grammar accepts, typed or not: every operator, literal form and nesting.
-	std::string Expression(int nDepth)
+	struct Symbol
 	{
-		std::string s = _Assignment(nDepth);
-		while (_Chance(8))
-			s += " , " + _Assignment(nDepth);
-		return s;
-	}
-
-	std::string Statement(int nDepth)
-	{
-		switch (nDepth > 0 ? _Pick(12) : _Pick(5))
+		Symbol(std::vector<std::string> vLeaves_, std::vector<std::string> vProductions_ = {})
+		    : vLeaves(std::move(vLeaves_)), vProductions(std::move(vProductions_))
 		{
-		case 0:
-			return Expression(nDepth) + " ;";
-		case 1:
-			return _OneOf(kTypes) + " d" + std::to_string(_nNames++) + (_Chance(30) ? " [ 3 ]" : "") +
-			       (_Chance(60) ? " = " + _Assignment(nDepth) : std::string()) + " ;";
-		case 2:
-			return _OneOf({"return ;", "break ;", "continue ;", ";"});
-		case 3:
-			return "return " + Expression(nDepth) + " ;";
-		case 4:
-			return _Expression0() + " ;";
-		case 5:
-		case 6:
-			return "if ( " + Expression(nDepth - 1) + " ) " + Statement(nDepth - 1) +
-			       (_Chance(60) ? " else " + Statement(nDepth - 1) : std::string());
-		case 7:
-			return "while ( " + _Condition(nDepth - 1) + " ) " + Statement(nDepth - 1);
-		case 8:
-			return "do " + Statement(nDepth - 1) + " while ( " + Expression(nDepth - 1) + " ) ;";
-		case 9:
-			return "for ( " + _ForInitialization(nDepth - 1) + " " +
-			       (_Chance(70) ? _Condition(nDepth - 1) : std::string()) + " ; " +
-			       (_Chance(70) ? Expression(nDepth - 1) : std::string()) + " ) " + Statement(nDepth - 1);
-		default:
-		{
-			std::string s = "{";
-			for (int i = _Pick(4); i > 0; --i)
-				s += " " + Statement(nDepth - 1);
-			return s + " }";
 		}
-		}
-	}
+		std::vector<std::string> vLeaves;
+		std::vector<std::string> vProductions;
+	};
+	typedef std::map<std::string, Symbol> Grammar;
 
-	// A well-typed function of QLSL (implicit conversions never needed), returning a float.
-	std::string TypedFunction(const std::string& sName, int nStatements, int nDepth)
+	SourceGenerator(const Grammar& grammar, unsigned nSeed) : _grammar(grammar), _random(nSeed) {}
+
+	std::string Expand(const std::string& sSymbol, int nDepth)
 	{
-		std::string s = "float " + sName +
-		                " ( float a , int i , bool p , vec3 v ) { float fa = a ; int n = i ; "
-		                "bool q = p ; vec3 w = v ;";
-		// Declarations only at the top, where every compiler accepts them.
-		for (int k = 0; k < nStatements; ++k)
-			s += _Chance(25) ? " float t" + std::to_string(k) + " = " + _Float(nDepth) + " ;"
-			                 : " " + _TypedStatement(nDepth);
-		return s + " return " + _Float(nDepth) + " ; }";
+		const Symbol& symbol = _grammar.at(sSymbol);
+		const bool bLeaf = symbol.vProductions.empty() || nDepth <= 0 || _Pick(100) < 20;
+		const std::vector<std::string>& vChoices = bLeaf ? symbol.vLeaves : symbol.vProductions;
+		std::istringstream words(vChoices[size_t(_Pick(int(vChoices.size())))]);
+		std::string sText, sWord;
+		while (words >> sWord)
+		{
+			sText += sText.empty() ? "" : " ";
+			sText += _grammar.count(sWord) ? Expand(sWord, nDepth - 1) : sWord;
+		}
+		return sText;
 	}
 
 private:
 	int _Pick(int n) { return std::uniform_int_distribution<int>(0, n - 1)(_random); }
-	bool _Chance(int nPercent) { return _Pick(100) < nPercent; }
-	std::string _OneOf(const std::vector<std::string>& v) { return v[size_t(_Pick(int(v.size())))]; }
 
-	inline static const std::vector<std::string> kTypes = {"float", "int",  "bool",      "vec2",
-	                                                       "vec3",  "vec4", "ivec3",     "bvec2",
-	                                                       "mat3",  "mat4", "sampler2D", "primitive"};
-	inline static const std::vector<std::string> kIntLiterals = {"0", "7", "42", "0x2A", "0X1f", "017"};
-	inline static const std::vector<std::string> kFloatLiterals = {
-	    "1.0", "0.5", ".5", "2.", "1e3", "1.5e-2", "2.5E+1", "2f", "09f", "0.25f", ".5f", "3.f", "1.0f"};
-
-	std::string _Literal()
-	{
-		switch (_Pick(3))
-		{
-		case 0:
-			return _OneOf(kIntLiterals);
-		case 1:
-			return _OneOf(kFloatLiterals);
-		default:
-			return _OneOf({"true", "false"});
-		}
-	}
-
-	std::string _Expression0() { return _OneOf({"a", "b", "i", "v"}) + " " + _OneOf({"++", "--"}); }
-
-	std::string _Assignment(int nDepth)
-	{
-		if (nDepth > 0 && _Chance(20))
-			return _Unary(nDepth - 1) + " " +
-			       _OneOf({"=", "*=", "/=", "%=", "+=", "-=", "<<=", ">>=", "&=", "^=", "|="}) + " " +
-			       _Assignment(nDepth - 1);
-		if (nDepth > 0 && _Chance(12))
-			return _Binary(nDepth - 1) + " ? " + Expression(nDepth - 1) + " : " + _Assignment(nDepth - 1);
-		return _Binary(nDepth);
-	}
-
-	// Operators of every level in one flat sequence: the parser sorts out their precedence.
-	std::string _Binary(int nDepth)
-	{
-		std::string s = _Unary(nDepth);
-		for (int n = _Pick(4); n > 0; --n)
-			s += " " +
-			     _OneOf({"||", "^^", "&&", "|", "^", "&", "==", "!=", "<", ">", "<=", ">=", "<<", ">>", "+",
-			             "-", "*", "/", "%"}) +
-			     " " + _Unary(nDepth);
-		return s;
-	}
-
-	std::string _Unary(int nDepth)
-	{
-		if (_Chance(22))
-			return _OneOf({"++", "--", "+", "-", "!", "~"}) + " " + _Unary(nDepth);
-		return _Postfix(nDepth);
-	}
-
-	std::string _Postfix(int nDepth)
-	{
-		std::string s = _Primary(nDepth);
-		while (_Chance(18))
-		{
-			switch (_Pick(3))
-			{
-			case 0:
-				s += " [ " + Expression(nDepth > 0 ? nDepth - 1 : 0) + " ]";
-				break;
-			case 1:
-				s += " . " + _OneOf({"x", "yz", "rgb", "w"});
-				break;
-			default:
-				s += " " + _OneOf({"++", "--"});
-				break;
-			}
-		}
-		return s;
-	}
-
-	std::string _Primary(int nDepth)
-	{
-		switch (nDepth > 0 ? _Pick(8) : _Pick(4))
-		{
-		case 0:
-		case 1:
-			return _OneOf({"a", "b", "c", "i", "n", "v", "w_2"});
-		case 2:
-		case 3:
-			return _Literal();
-		case 4:
-		case 5:
-			return "( " + Expression(nDepth - 1) + " )";
-		default:
-		{
-			std::string s =
-			    _OneOf({"f", "mix3", "vec3", "ivec2", "float", "bvec2", "mat3", "int", "bool"}) + " (";
-			for (int n = _Pick(4); n > 0; --n)
-				s += (s.back() == '(' ? " " : " , ") + _Assignment(nDepth - 1);
-			return s + " )";
-		}
-		}
-	}
-
-	std::string _Condition(int nDepth)
-	{
-		if (_Chance(25))
-			return "float c" + std::to_string(_nNames++) + " = " + _Assignment(nDepth);
-		return Expression(nDepth);
-	}
-
-	std::string _ForInitialization(int nDepth)
-	{
-		switch (_Pick(3))
-		{
-		case 0:
-			return ";";
-		case 1:
-			return "int k" + std::to_string(_nNames++) + " = " + _Assignment(nDepth) + " ;";
-		default:
-			return Expression(nDepth) + " ;";
-		}
-	}
-
-	// Typed expressions. Binary operations come in parentheses, so that the types stay those intended;
-	// divisors and shift counts are leaves, so that no constant folds to an error.
-	std::string _FloatLeaf() { return _OneOf({"a", "fa", "v . x", "w . z", _OneOf(kFloatLiterals)}); }
-	std::string _IntLeaf() { return _OneOf({"i", "n", "1", "3", "42", "0x2A", "017"}); }
-
-	std::string _Float(int nDepth)
-	{
-		if (nDepth <= 0 || _Chance(25))
-			return _FloatLeaf();
-		const int d = nDepth - 1;
-		switch (_Pick(11))
-		{
-		case 0:
-			return "( " + _Float(d) + " " + _OneOf({"+", "-", "*"}) + " " + _Float(d) + " )";
-		case 1:
-			return "( " + _Float(d) + " / " + _FloatLeaf() + " )";
-		case 2:
-			return _OneOf({"-", "+"}) + " " + _Float(d);
-		case 3:
-			return "( " + _Bool(d) + " ? " + _Float(d) + " : " + _Float(d) + " )";
-		case 4:
-			return "float ( " + _Int(d) + " )";
-		case 5:
-			return "( " + _Vec3(d) + " ) . " + _OneOf({"x", "y", "z"});
-		case 6:
-			return "dot ( " + _Vec3(d) + " , " + _Vec3(d) + " )";
-		case 7:
-			return "( fa " + _OneOf({"=", "+=", "-=", "*="}) + " " + _Float(d) + " )";
-		case 8:
-			return _OneOf({"fa ++", "fa --", "++ fa", "-- fa"});
-		case 9:
-			return "- - " + _Float(d);
-		default:
-			return "( " + _Float(d) + " )";
-		}
-	}
-
-	std::string _Int(int nDepth)
-	{
-		if (nDepth <= 0 || _Chance(25))
-			return _IntLeaf();
-		const int d = nDepth - 1;
-		switch (_Pick(9))
-		{
-		case 0:
-			return "( " + _Int(d) + " " + _OneOf({"+", "-", "*", "&", "|", "^"}) + " " + _Int(d) + " )";
-		case 1:
-			return "( " + _Int(d) + " " + _OneOf({"/", "%"}) + " " + _OneOf({"i", "n", "3"}) + " )";
-		case 2:
-			return "( " + _Int(d) + " " + _OneOf({"<<", ">>"}) + " " + _OneOf({"1", "2"}) + " )";
-		case 3:
-			return _OneOf({"-", "~", "+"}) + " " + _Int(d);
-		case 4:
-			return "( " + _Bool(d) + " ? " + _Int(d) + " : " + _Int(d) + " )";
-		case 5:
-			return "int ( " + _Float(d) + " )";
-		case 6:
-			return "( n " + _OneOf({"=", "+=", "-=", "<<=", "|=", "%="}) + " " + _Int(d) + " )";
-		case 7:
-			return "( " + _Int(d) + " + " + _OneOf({"++ n", "-- n", "n ++", "n --"}) + " )";
-		default:
-			return "( " + _Int(d) + " )";
-		}
-	}
-
-	std::string _Bool(int nDepth)
-	{
-		if (nDepth <= 0 || _Chance(25))
-			return _OneOf({"true", "false", "p", "q"});
-		const int d = nDepth - 1;
-		switch (_Pick(7))
-		{
-		case 0:
-			return "( " + _Float(d) + " " + _OneOf({"<", ">", "<=", ">="}) + " " + _Float(d) + " )";
-		case 1:
-			return "( " + _Int(d) + " " + _OneOf({"==", "!="}) + " " + _Int(d) + " )";
-		case 2:
-			return "( " + _Bool(d) + " " + _OneOf({"&&", "||", "^^", "==", "!="}) + " " + _Bool(d) + " )";
-		case 3:
-			return "! " + _Bool(d);
-		case 4:
-			return "( " + _Bool(d) + " ? " + _Bool(d) + " : " + _Bool(d) + " )";
-		case 5:
-			return "( q = " + _Bool(d) + " )";
-		default:
-			return "( " + _Bool(d) + " )";
-		}
-	}
-
-	std::string _Vec3(int nDepth)
-	{
-		if (nDepth <= 0 || _Chance(25))
-			return _OneOf({"v", "w", "vec3 ( " + _FloatLeaf() + " )"});
-		const int d = nDepth - 1;
-		switch (_Pick(8))
-		{
-		case 0:
-			return "( " + _Vec3(d) + " " + _OneOf({"+", "-"}) + " " + _Vec3(d) + " )";
-		case 1:
-			return "( " + _Vec3(d) + " * " + _Float(d) + " )";
-		// Scalar times vector only with the vector first: the reference device types the other order as a
-		// scalar today.
-		case 2:
-		case 3:
-			return "- " + _Vec3(d);
-		case 4:
-			return "( " + _Bool(d) + " ? " + _Vec3(d) + " : " + _Vec3(d) + " )";
-		case 5:
-			return "vec3 ( " + _Float(d) + " , " + _Float(d) + " , " + _Float(d) + " )";
-		case 6:
-			return "( w " + _OneOf({"=", "+=", "*="}) + " " + _Vec3(d) + " )";
-		default:
-			return "normalize ( " + _Vec3(d) + " )";
-		}
-	}
-
-	std::string _TypedStatement(int nDepth)
-	{
-		switch (nDepth > 0 ? _Pick(10) : _Pick(5))
-		{
-		case 0:
-			return "fa " + _OneOf({"=", "+=", "*="}) + " " + _Float(nDepth) + " ;";
-		case 1:
-			return "n " + _OneOf({"=", "-=", "^="}) + " " + _Int(nDepth) + " ;";
-		case 2:
-			return "q = " + _Bool(nDepth) + " ;";
-		case 3:
-			return "w = " + _Vec3(nDepth) + " ;";
-		case 4:
-			return _OneOf({"n ++ ;", "-- n ;", "fa -= 1.0 ;"});
-		case 5:
-		case 6:
-			return "if ( " + _Bool(nDepth - 1) + " ) " + _TypedStatement(nDepth - 1) +
-			       (_Chance(60) ? " else " + _TypedStatement(nDepth - 1) : std::string());
-		case 7:
-			return "for ( int k = 0 ; k < 3 ; k ++ ) " + _TypedStatement(nDepth - 1);
-		case 8:
-			return _Chance(50)
-			           ? "while ( " + _Bool(nDepth - 1) + " ) { " + _TypedStatement(nDepth - 1) + " break ; }"
-			           : "do { " + _TypedStatement(nDepth - 1) + " } while ( " + _Bool(nDepth - 1) + " ) ;";
-		default:
-			return "{ " + _TypedStatement(nDepth - 1) + " " + _TypedStatement(nDepth - 1) + " }";
-		}
-	}
-
+	const Grammar& _grammar;
 	std::mt19937 _random;
-	int _nNames = 0;
 };
+
+// Every expression and statement form of the language, untyped: each operator, literal form, nesting,
+// conditional, assignment and prefix chain. Levels follow the grammar, so the source always parses.
+inline const SourceGenerator::Grammar& AnyCode()
+{
+	static const SourceGenerator::Grammar s_grammar = {
+	    {"Expr", {{"Assign"}, {"Assign", "Assign", "Assign , Assign"}}},
+	    {"Assign", {{"Cond"}, {"Cond", "Unary AssignOp Assign"}}},
+	    {"Cond", {{"Binary"}, {"Binary", "Binary", "Binary ? Expr : Assign"}}},
+	    {"Binary", {{"Unary"}, {"Unary", "Binary BinaryOp Unary", "Binary BinaryOp Unary BinaryOp Unary"}}},
+	    {"Unary", {{"Postfix"}, {"Postfix", "Postfix", "UnaryOp Unary"}}},
+	    {"Postfix",
+	     {{"Name", "Literal"},
+	      {"Name", "Literal", "( Expr )", "Postfix [ Expr ]", "Postfix . Field", "Postfix ++", "Postfix --",
+	       "Callee ( )", "Callee ( Assign )", "Callee ( Assign , Assign , Assign )"}}},
+	    {"AssignOp", {{"=", "*=", "/=", "%=", "+=", "-=", "<<=", ">>=", "&=", "^=", "|="}}},
+	    {"BinaryOp",
+	     {{"||", "^^", "&&", "|", "^", "&", "==", "!=", "<", ">", "<=", ">=", "<<", ">>", "+", "-", "*", "/",
+	       "%"}}},
+	    {"UnaryOp", {{"++", "--", "+", "-", "!", "~"}}},
+	    {"Name", {{"a", "b", "i", "v", "w_2"}}},
+	    {"Field", {{"x", "yz", "rgb"}}},
+	    {"Callee", {{"f", "mix3", "vec3", "ivec2", "float", "bvec2", "mat3", "int", "bool"}}},
+	    {"Literal", {{"0",   "7",      "42",     "0x2A", "0X1f", "017",   "1.0", "0.5", ".5",   "2.",
+	                  "1e3", "1.5e-2", "2.5E+1", "2f",   "09f",  "0.25f", ".5f", "3.f", "true", "false"}}},
+	    {"Statement",
+	     {{"Expr ;", "Type d = Assign ;", "Type d [ 3 ] ;", "return ;", "return Expr ;", "break ;",
+	       "continue ;", ";"},
+	      {"Expr ;", "Type d = Assign ;", "if ( Expr ) Statement", "if ( Expr ) Statement else Statement",
+	       "while ( Condition ) Statement", "do Statement while ( Expr ) ;",
+	       "for ( ForInit Condition ; Expr ) Statement", "for ( ForInit ; ) Statement", "{ }",
+	       "{ Statement Statement Statement }"}}},
+	    {"Type", {{"float", "int", "bool", "vec4", "ivec3", "bvec2", "mat4", "sampler2D", "primitive"}}},
+	    {"Condition", {{"Expr", "Expr", "float c = Assign"}}},
+	    {"ForInit", {{";", "int k = Assign ;", "Expr ;"}}},
+	};
+	return s_grammar;
+}
+
+// Well-typed QLSL bodies over float a, fa; int i, n; bool p, q; vec3 v, w: nothing needs a conversion.
+// Binary operations come in parentheses so that the types stay those intended; divisors and shift counts
+// are leaves, so that no constant folds to an error. Scalar times vector only with the vector first: the
+// reference device types the other order as a scalar today.
+inline const SourceGenerator::Grammar& TypedCode()
+{
+	static const SourceGenerator::Grammar s_grammar = {
+	    {"F",
+	     {{"a", "fa", "v . x", "w . z", "FloatLiteral"},
+	      {"( F + F )", "( F - F )", "( F * F )", "( F / FloatLiteral )", "- F", "+ F", "- - F",
+	       "( B ? F : F )", "float ( I )", "( V ) . y", "dot ( V , V )", "( fa = F )", "( fa += F )", "fa ++",
+	       "-- fa", "( F )"}}},
+	    {"I",
+	     {{"i", "n", "1", "3", "42", "0x2A", "017"},
+	      {"( I + I )", "( I - I )", "( I * I )", "( I & I )", "( I | I )", "( I ^ I )", "( I / n )",
+	       "( I % 3 )", "( I << 1 )", "( I >> 2 )", "- I", "~ I", "( B ? I : I )", "int ( F )", "( n = I )",
+	       "( n += I )", "( I + ++ n )", "( I - n -- )"}}},
+	    {"B",
+	     {{"true", "false", "p", "q"},
+	      {"( F < F )", "( F >= F )", "( I == I )", "( I != I )", "( B && B )", "( B || B )", "( B ^^ B )",
+	       "( B == B )", "! B", "( B ? B : B )", "( q = B )"}}},
+	    {"V",
+	     {{"v", "w", "vec3 ( FloatLiteral )"},
+	      {"( V + V )", "( V - V )", "( V * F )", "- V", "( B ? V : V )", "vec3 ( F , F , F )", "( w = V )",
+	       "( w += V )", "normalize ( V )"}}},
+	    {"FloatLiteral",
+	     {{"1.0", "0.5", ".5", "2.", "1e3", "1.5e-2", "2.5E+1", "2f", "09f", "0.25f", "3.f"}}},
+	    {"T",
+	     {{"fa = F ;", "fa *= F ;", "n -= I ;", "q = B ;", "w = V ;", "n ++ ;", "-- n ;"},
+	      {"fa += F ;", "n ^= I ;", "if ( B ) T", "if ( B ) T else T", "for ( int k = 0 ; k < 3 ; k ++ ) T",
+	       "while ( B ) { T break ; }", "do { T } while ( B ) ;", "{ T T }"}}},
+	};
+	return s_grammar;
+}
 
 } // namespace Tarsel::Effects::Testing
