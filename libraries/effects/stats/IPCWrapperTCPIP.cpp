@@ -111,22 +111,20 @@ void IPCWrapperTCPIP::Disconnect()
 void IPCWrapperTCPIP::Cancel()
 {
 	_bCancelled = true;
-	// The socket is read before the listening flag each time round: Listen stores its accepted
-	// socket before it clears the flag, so a connection that Listen completes is never missed.
 	for (;;)
 	{
+		// The flag is read before the socket: Listen stores its accepted socket before it clears
+		// the flag, so a connection that Listen has just completed is seen here.
+		const bool bListening = _bListening;
 		const int iSocket = _pState->iSocket;
 		if (iSocket >= 0)
 		{
 			shutdown(iSocket, SHUT_RDWR);
 			return;
 		}
-		if (!_bListening || _iPortBound < 0)
-		{
-			if (_pState->iSocket >= 0)
-				continue;
+		// Not listening, or failing anyway: Listen checks the cancelled flag before it blocks.
+		if (!bListening || _iPortBound < 0)
 			return;
-		}
 		if (_iPortBound > 0)
 			_WakeListener();
 		std::this_thread::sleep_for(std::chrono::milliseconds(1));
@@ -267,7 +265,7 @@ bool IPCWrapperTCPIP::Poll()
 	// A readable socket with nothing to read is one whose peer has closed.
 	if ((nReady & POLLIN) && GetBytesAvailable() > 0)
 		return state.bConnected;
-	if ((nReady & (POLLIN | POLLERR | POLLHUP | POLLNVAL)))
+	if (nReady & (POLLIN | POLLERR | POLLHUP | POLLNVAL))
 	{
 		Disconnect();
 		return false;
