@@ -1,11 +1,14 @@
 #include "Commands.h"
 
+#include "StatsViewer.h"
+
 #include "codegen/VisitorPrintTsl.h"
 #include "core/Assets.h"
 #include "core/Console.h"
 #include "core/Path.h"
 #include "core/Result.h"
 #include "effects/MgrEffects.h"
+#include "effects/MgrStats.h"
 #include "manager/MgrEffectsImpl.h"
 #include "objects/Library.h"
 #include "quillon/Reference.h"
@@ -124,6 +127,12 @@ int RunPrint(const Arguments& args, Host& host, std::ostream& out)
 	return bPrinted ? 0 : 1;
 }
 
+// Lists the statistics a running server offers.
+int RunStats(const Arguments& args, IMgrConsole* console, std::ostream& out)
+{
+	return ViewStats(args.port < 0 ? MgrStats::kDefaultPort : args.port, console, out);
+}
+
 // For commands whose product is a text on stdout, every console line goes to stderr.
 class StderrConsole : public DefaultConsole
 {
@@ -147,6 +156,8 @@ int Run(const Arguments& args, IMgrConsole* console, std::ostream& out)
 		return RunPreprocess(args, host, out);
 	case Command::kPrint:
 		return RunPrint(args, host, out);
+	case Command::kStats:
+		return RunStats(args, console, out);
 	}
 	return 1;
 }
