@@ -530,6 +530,8 @@ FunctionCall* FunctionCall::Clone(Module* pModule) const
 {
 	FunctionCall* pClone = _pName ? pModule->CreateFunctionCall(CloneString(_pName, pModule))
 	                              : pModule->CreateFunctionCall(CloneNode(_pType, pModule));
+	if (_pName && _pType)
+		pClone->SetType(CloneNode(_pType, pModule));
 	for (const Expression* pParameter : _vParameters)
 		pClone->AddParameter(CloneNode(pParameter, pModule));
 	return WithRange(pClone, this);

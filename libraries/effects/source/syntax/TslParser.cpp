@@ -453,6 +453,26 @@ void TslParser::SetInitializer(TslSymbol& declaration, TslSymbol& initializer, c
 	_SetRange(declaration, declaration.range, last.range);
 }
 
+void TslParser::SetMemberInitializer(TslSymbol& declaration, TslSymbol& initializer, const TslSymbol& last)
+{
+	const VariableDeclaration* pDeclaration = As<VariableDeclaration>(declaration);
+	Syntax* pInitializer = initializer.pNode;
+	const bool connects = pDeclaration->GetStorageQualifier() == kStorage_Input &&
+	                      pDeclaration->GetType()->GetClass() == kClass_UserType &&
+	                      static_cast<Expression*>(pInitializer)->GetClass() == kClass_FunctionCall;
+	if (connects)
+	{
+		FunctionCall* pCall = static_cast<FunctionCall*>(pInitializer);
+		if (pCall->GetName() && !pCall->GetType())
+		{
+			UserType* pType = _pModule->CreateUserType(_pModule->CreateString(pCall->GetName()->c_str()));
+			pType->SetRange(pCall->GetRange());
+			pCall->SetType(pType);
+		}
+	}
+	SetInitializer(declaration, initializer, last);
+}
+
 // ----------------------------------------------------------------------------------------------------------
 // Functions
 

@@ -123,6 +123,8 @@ public:
 	TslSymbol CreateVariableDeclaration(TslSymbol& type, TslSymbol& name);
 	TslSymbol CreateMember(const TslSymbol& first, TslSymbol& type, TslSymbol& name, int flags);
 	void SetInitializer(TslSymbol& declaration, TslSymbol& initializer, const TslSymbol& last);
+	// As SetInitializer; `input Light l = Spot();` also types the call as the class it constructs.
+	void SetMemberInitializer(TslSymbol& declaration, TslSymbol& initializer, const TslSymbol& last);
 
 	TslSymbol CreateFunctionPrototype(TslSymbol& name);
 	TslSymbol CreateFunctionParameter(TslSymbol& type, TslSymbol& name);
