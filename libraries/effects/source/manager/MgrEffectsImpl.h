@@ -92,6 +92,9 @@ public:
 		return _iLineOffset;
 	}
 
+	// Deepest nesting of included and imported texts in one load.
+	static constexpr size_t kMaxIncludeDepth = 64;
+
 	// The text a load of the named file would hand to library creation, for users who want to see what their
 	// macros and includes did. Imported libraries are still registered.
 	bool PreprocessFile(const std::string& name, std::string& path, std::string& text, Result* result);
@@ -119,7 +122,11 @@ private:
 	bool _Import(const std::string& path, const std::string& word, bool active, DefinedNames& defined,
 	             Macros& macros, Result* result);
 	bool _Define(const std::string& path, const Line& line, DefinedNames& defined, Macros& macros);
-	bool _IsInProgress(const std::string& path) const;
+	// True when path is in progress with the same defined names: entering it again would repeat that entry
+	// without end.
+	bool _IsCycle(const std::string& path, const DefinedNames& defined) const;
+	// The texts in progress and the next one, joined by " -> ".
+	std::string _Chain(const std::string& path) const;
 	void _AddPadAttributes();
 
 	IMgrEffects* _pMgrEffects;
@@ -139,8 +146,14 @@ private:
 	MgrKeys<int> _mgrKeys;
 	Result* _pResult;
 	int _iLineOffset;
-	// Texts being processed in this load, innermost last; stops include and import cycles.
-	std::vector<std::string> _vPathsInProgress;
+	// Texts being processed in this load, innermost last, with the defined names each started with; tells a
+	// guarded re-inclusion from an endless cycle.
+	struct TextInProgress
+	{
+		std::string sPath;
+		DefinedNames defined;
+	};
+	std::vector<TextInProgress> _vTextsInProgress;
 };
 
 } // namespace Tarsel::Effects

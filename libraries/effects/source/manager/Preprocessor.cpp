@@ -111,10 +111,10 @@ bool MgrEffectsImpl::_AddLibrary(const std::string& name, DefinedNames& defined,
 	std::string text;
 	if (!_ReadFile(name, path, text))
 		return false;
-	if (_IsInProgress(path))
+	if (_IsCycle(path, defined))
 	{
 		_pConsole->Error("Effects Manager: Pre-Processor include cycle detected at '%s' in file '%s'\n",
-		                 name.c_str(), _vPathsInProgress.back().c_str());
+		                 name.c_str(), _vTextsInProgress.back().sPath.c_str());
 		return false;
 	}
 	std::stringstream output;
@@ -150,6 +150,12 @@ bool MgrEffectsImpl::_StreamAndProcessFile(const std::string& path, const std::s
                                            std::stringstream& output, DefinedNames& defined, Macros& macros,
                                            Result* result)
 {
+	if (_vTextsInProgress.size() >= kMaxIncludeDepth)
+	{
+		_pConsole->Error("Effects Manager: Pre-Processor includes nested deeper than %d: %s\n",
+		                 int(kMaxIncludeDepth), _Chain(path).c_str());
+		return false;
+	}
 	Conditions conditions(1, kCondition_Active);
 	bool error = false;
 	bool success = true;
@@ -158,7 +164,7 @@ bool MgrEffectsImpl::_StreamAndProcessFile(const std::string& path, const std::s
 		defined.insert(kDifferentialSupport);
 		macros.Append(kDifferentialSupport, "1");
 	}
-	_vPathsInProgress.push_back(path);
+	_vTextsInProgress.push_back({path, defined});
 	std::string current;
 	Line line;
 	for (size_t begin = 0; begin < text.size() && success && !error;)
@@ -178,7 +184,7 @@ bool MgrEffectsImpl::_StreamAndProcessFile(const std::string& path, const std::s
 		else
 			output << '\n';
 	}
-	_vPathsInProgress.pop_back();
+	_vTextsInProgress.pop_back();
 	if (error || conditions.size() != 1)
 	{
 		_pConsole->Error("Effects Manager: Pre-Processor Condition Stack mismatch while reading file '%s'\n",
@@ -251,7 +257,7 @@ bool MgrEffectsImpl::_Include(const std::string& path, const std::string& word, 
 	_iLineOffset += 1;
 	if (!read)
 		return false;
-	if (_IsInProgress(includedPath))
+	if (_IsCycle(includedPath, defined))
 	{
 		_pConsole->Error("Effects Manager: Pre-Processor include cycle detected at '%s' in file '%s'\n",
 		                 name.c_str(), path.c_str());
@@ -301,9 +307,30 @@ bool MgrEffectsImpl::_Define(const std::string& path, const Line& line, DefinedN
 	return true;
 }
 
-bool MgrEffectsImpl::_IsInProgress(const std::string& path) const
+bool MgrEffectsImpl::_IsCycle(const std::string& path, const DefinedNames& defined) const
 {
-	return std::find(_vPathsInProgress.begin(), _vPathsInProgress.end(), path) != _vPathsInProgress.end();
+	// Every text starts by defining the differential name, so an entry never differs by that name alone.
+	DefinedNames withDifferential;
+	const DefinedNames* pDefined = &defined;
+	if (_pContext != nullptr && _pContext->IsDifferentialSupported() &&
+	    defined.count(kDifferentialSupport) == 0)
+	{
+		withDifferential = defined;
+		withDifferential.insert(kDifferentialSupport);
+		pDefined = &withDifferential;
+	}
+	// Directives are never substituted, so the names alone decide what a text includes next.
+	return std::any_of(_vTextsInProgress.begin(), _vTextsInProgress.end(),
+	                   [&](const TextInProgress& text)
+	                   { return text.sPath == path && text.defined == *pDefined; });
+}
+
+std::string MgrEffectsImpl::_Chain(const std::string& path) const
+{
+	std::string chain;
+	for (const TextInProgress& text : _vTextsInProgress)
+		chain += text.sPath + " -> ";
+	return chain + path;
 }
 
 bool MgrEffectsImpl::PreprocessFile(const std::string& name, std::string& path, std::string& text,
