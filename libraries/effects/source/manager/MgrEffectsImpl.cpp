@@ -91,7 +91,6 @@ void MgrEffectsImpl::_AddPadAttributes()
 
 bool MgrEffectsImpl::Shutdown()
 {
-	const bool initialised = _pMgrEffects != nullptr;
 	for (auto& entry : _mLibraries)
 		delete entry.second;
 	_mLibraries.clear();
@@ -102,9 +101,7 @@ bool MgrEffectsImpl::Shutdown()
 	MgrOutputs::ListenerRemove relayRemove = MakeDelegate(this, &MgrEffectsImpl::_OnRemoveOutput);
 	_mgrOutputs.RemoveListenerAddOutput(relayAdd);
 	_mgrOutputs.RemoveListenerRemoveOutput(relayRemove);
-	// Only the Init's own acquisition is given back; a repeated Shutdown must not take a graph's.
-	if (initialised)
-		ReleaseOutput(kOutputColor);
+	ReleaseOutput(kOutputColor);
 	_mgrOutputs.Shutdown();
 	_pContext = nullptr;
 	_pConsole = nullptr;
