@@ -49,9 +49,9 @@ struct LocationRange
 };
 
 // Base of every node. Nodes come from one pool-backed allocator (see Syntax.cpp) and are destroyed
-// iteratively, so that trees of any depth can be deleted. Clone, Equals and visitor walks recurse once per
-// level (left-nested operator chains excepted for Clone and Equals): they rely on the parser's cap on tree
-// height (1000) and on generated code staying shallow.
+// iteratively, so that trees of any depth can be deleted. Clone and Equals follow the long chains (sums,
+// assignments, else-if) in loops and recurse once per level of any other nesting; visitor walks recurse
+// once per level. Both rely on the parser's cap on tree height (TslParser::kMaxTreeHeight).
 class Syntax
 {
 public:
