@@ -33,6 +33,10 @@ tarsel_fx_test(check_syntax_error 1 ARGS check -I ${_fx_data} ${_fx_data}/syntax
 tarsel_fx_test(check_error_after_include 1 ARGS check -I ${_fx_data} ${_fx_data}/error_after_include.tsl
                EXPECT "error_after_include\\.tsl\\(5\\) : Syntax Error\\."
                REJECT "error_after_include\\.tsl\\(([0-46-9]|1[0-9])\\)")
+# A mistake in an included file is reported in that file, on its own line.
+tarsel_fx_test(check_error_in_include 1 ARGS check -I ${_fx_data} ${_fx_data}/includes_broken.tsl
+               EXPECT "syntax_error\\.tsl\\(5\\) : Syntax Error\\. Near \"=\""
+               REJECT "includes_broken\\.tsl\\(")
 # One bad file among good ones fails the run, and the good ones still load.
 tarsel_fx_test(check_mixed 1 ARGS check -I ${_fx_data} ${_fx_data}/valid.tsl ${_fx_data}/syntax_error.tsl
                EXPECT "Acquired shader source asset successfully: '[^']*valid\\.tsl'" "syntax_error\\.tsl\\(5\\)")

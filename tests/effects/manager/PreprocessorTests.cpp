@@ -156,6 +156,34 @@ TEST_F(Preprocessor, IncludesSpliceTextEveryTimeAndShiftTheLineOffset)
 	EXPECT_EQ(harness.manager.GetLineOffset(), 0);
 }
 
+// Each line of the text maps to the file and line it was written on: included lines to the included file,
+// and lines after an inactive #include (which yields no line) to their own numbers.
+TEST_F(Preprocessor, LineMapPlacesEveryLineInItsFile)
+{
+	const std::string inc = dir.Write("inc.tsl", "x\ny\n");
+	const std::string out =
+	    Output("a\n#include \"" + inc + "\"\n#ifdef NO\n#include \"" + inc + "\"\n#endif\nb\n");
+	EXPECT_EQ(out, "a\nx\ny\n\n\nb\n");
+	const LineMap& lines = harness.manager.vLoads.back().lines;
+	ASSERT_EQ(lines.GetCountLines(), 6);
+	const std::vector<std::pair<std::string, int>> expected = {{mainPath, 1}, {inc, 1},      {inc, 2},
+	                                                           {mainPath, 3}, {mainPath, 5}, {mainPath, 6}};
+	for (int i = 0; i < 6; ++i)
+	{
+		const LineMap::Position position = lines.Resolve(i + 1);
+		ASSERT_NE(position.pFile, nullptr);
+		EXPECT_EQ(std::make_pair(*position.pFile, int(position.iLine)), expected[size_t(i)]) << i;
+	}
+	// An imported library has a map of its own and leaves the importer's as it was.
+	const std::string lib = dir.Write("lib.tsl", "l1\nl2\n");
+	Output("m1\n#import \"" + lib + "\"\nm3\n");
+	ASSERT_EQ(harness.manager.vLoads.size(), 3u);
+	EXPECT_EQ(*harness.manager.vLoads[1].lines.Resolve(2).pFile, lib);
+	EXPECT_EQ(harness.manager.vLoads[2].lines.GetCountLines(), 3);
+	EXPECT_EQ(*harness.manager.vLoads[2].lines.Resolve(3).pFile, mainPath);
+	EXPECT_EQ(harness.manager.GetLineMap().GetCountLines(), 0);
+}
+
 TEST_F(Preprocessor, IncludeFailuresEndTheLoad)
 {
 	EXPECT_FALSE(Load("#include plain.tsl\nx\n"));

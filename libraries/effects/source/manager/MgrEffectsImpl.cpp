@@ -116,7 +116,9 @@ bool MgrEffectsImpl::AddLibrary(const std::string& name, const std::string& sour
 	if (_mLibraries.count(name) > 0)
 		return true;
 	Library* library = new Library();
-	if (!library->Init(_pMgrEffects, name, source, result, _iLineOffset))
+	// Text from the host, rather than from a file load, comes without a map of its lines.
+	const bool mapped = _lineMap.GetCountLines() > 0;
+	if (!library->Init(_pMgrEffects, name, source, result, mapped ? _lineMap : LineMap(_iLineOffset)))
 	{
 		if (result)
 			result->Add("Effects Manager: Failed to initialize Shader Library '%s'\n", name.c_str());

@@ -11,6 +11,7 @@
 #include "effects/MgrOutputs.h"
 #include "manager/MacroList.h"
 #include "manager/MgrKeys.h"
+#include "syntax/LineMap.h"
 
 namespace Tarsel::Effects
 {
@@ -86,10 +87,15 @@ public:
 #endif
 	    ;
 
-	// Line-number correction handed to the library being created; maintained while files are spliced.
+	// Line-number correction of the text being loaded; maintained while files are spliced.
 	int GetLineOffset() const
 	{
 		return _iLineOffset;
+	}
+	// File and line of every line of the text being loaded, handed to the library being created.
+	const LineMap& GetLineMap() const
+	{
+		return _lineMap;
 	}
 
 	// Deepest nesting of included and imported texts in one load.
@@ -146,6 +152,7 @@ private:
 	MgrKeys<int> _mgrKeys;
 	Result* _pResult;
 	int _iLineOffset;
+	LineMap _lineMap;
 	// Texts being processed in this load, innermost last, with the defined names each started with; tells a
 	// guarded re-inclusion from an endless cycle.
 	struct TextInProgress

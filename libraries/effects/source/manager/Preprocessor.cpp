@@ -64,16 +64,28 @@ bool FileNameOf(const std::string& word, std::string& name)
 	return true;
 }
 
-// Restores the importer's line offset however a nested load ends.
+// Starts a load with a fresh line offset and line map, and gives the importer's back however it ends.
 class SaveLineOffset
 {
 public:
-	explicit SaveLineOffset(int& offset) : _rOffset(offset), _iSaved(offset) { _rOffset = 0; }
-	~SaveLineOffset() { _rOffset = _iSaved; }
+	SaveLineOffset(int& offset, LineMap& lines) : _rOffset(offset), _iSaved(offset), _rLines(lines)
+	{
+		_rOffset = 0;
+		std::swap(_rLines, _saved);
+	}
+	~SaveLineOffset()
+	{
+		_rOffset = _iSaved;
+		std::swap(_rLines, _saved);
+	}
+	SaveLineOffset(const SaveLineOffset&) = delete;
+	SaveLineOffset& operator=(const SaveLineOffset&) = delete;
 
 private:
 	int& _rOffset;
 	int _iSaved;
+	LineMap& _rLines;
+	LineMap _saved;
 };
 } // namespace
 
@@ -106,7 +118,7 @@ struct MgrEffectsImpl::Line
 bool MgrEffectsImpl::_AddLibrary(const std::string& name, DefinedNames& defined, Macros& macros,
                                  Result* result)
 {
-	SaveLineOffset saved(_iLineOffset);
+	SaveLineOffset saved(_iLineOffset, _lineMap);
 	std::string path;
 	std::string text;
 	if (!_ReadFile(name, path, text))
@@ -167,6 +179,7 @@ bool MgrEffectsImpl::_StreamAndProcessFile(const std::string& path, const std::s
 	_vTextsInProgress.push_back({path, defined});
 	std::string current;
 	Line line;
+	int32_t number = 0;
 	for (size_t begin = 0; begin < text.size() && success && !error;)
 	{
 		size_t end = text.find('\n', begin);
@@ -174,7 +187,12 @@ bool MgrEffectsImpl::_StreamAndProcessFile(const std::string& path, const std::s
 			end = text.size();
 		current.assign(text, begin, end - begin);
 		begin = end + 1;
-		if (line.Parse(current))
+		++number;
+		const bool directive = line.Parse(current);
+		// Every line but an #include yields one line of output; an included text maps its own lines.
+		if (!directive || line.sDirective != "#include")
+			_lineMap.AddLine(path, number);
+		if (directive)
 			success = _Directive(path, line, conditions, error, output, defined, macros, result);
 		else if (conditions.back() == kCondition_Active)
 		{
@@ -336,7 +354,7 @@ std::string MgrEffectsImpl::_Chain(const std::string& path) const
 bool MgrEffectsImpl::PreprocessFile(const std::string& name, std::string& path, std::string& text,
                                     Result* result)
 {
-	SaveLineOffset saved(_iLineOffset);
+	SaveLineOffset saved(_iLineOffset, _lineMap);
 	std::string source;
 	return _ReadFile(name, path, source) && PreprocessText(path, source, text, result);
 }
@@ -344,6 +362,7 @@ bool MgrEffectsImpl::PreprocessFile(const std::string& name, std::string& path, 
 bool MgrEffectsImpl::PreprocessText(const std::string& path, const std::string& source, std::string& text,
                                     Result* result)
 {
+	SaveLineOffset saved(_iLineOffset, _lineMap);
 	DefinedNames defined;
 	Macros macros;
 	std::stringstream output;

@@ -142,16 +142,16 @@ bool LocationRange::operator==(const LocationRange& other) const
 {
 	return _pSource == other._pSource && _iBeginLine == other._iBeginLine &&
 	       _iBeginColumn == other._iBeginColumn && _iEndLine == other._iEndLine &&
-	       _iEndColumn == other._iEndColumn;
+	       _iEndColumn == other._iEndColumn && _pFile == other._pFile;
 }
 
 std::string LocationRange::GetLocationText() const
 {
 	std::string sName = "<generated>";
-	if (_pSource)
+	if (const std::string* pFile = GetFile())
 	{
-		const size_t iSlash = _pSource->find_last_of("/\\");
-		sName = iSlash == std::string::npos ? *_pSource : _pSource->substr(iSlash + 1);
+		const size_t iSlash = pFile->find_last_of("/\\");
+		sName = iSlash == std::string::npos ? *pFile : pFile->substr(iSlash + 1);
 	}
 	return sName + ":" + std::to_string(_iBeginLine);
 }
