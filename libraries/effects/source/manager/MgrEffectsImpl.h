@@ -17,6 +17,7 @@ namespace Tarsel::Effects
 
 class Library;
 class IFactoryEffect;
+class IFactoryReferences;
 
 class MgrEffectsImpl : public IMgrEffects
 {
@@ -77,6 +78,7 @@ public:
 
 	// Installs the result that nested failures are reported into; null clears it.
 	void SetResult(Result* result) { _pResult = result; }
+	Result* GetResult() const { return _pResult; }
 	// Requires an installed result.
 	void AddResult(Result& result);
 	// Does nothing without an installed result.
@@ -85,6 +87,16 @@ public:
 	    __attribute__((format(printf, 2, 3)))
 #endif
 	    ;
+
+	// Registered libraries by name, for tools that look inside them.
+	const std::map<std::string, Library*>& GetLibraries() const { return _mLibraries; }
+	// Keys in use, for checks that objects give theirs back.
+	size_t GetCountKeys() { return _mgrKeys.GetCount(); }
+
+	// Makes the per-graph references of prototypes and shaders; not owned. Without one, no graph can
+	// reference a shader.
+	void SetFactoryReferences(IFactoryReferences* factory) { _pFactoryReferences = factory; }
+	IFactoryReferences* GetFactoryReferences() const { return _pFactoryReferences; }
 
 	// Line-number correction handed to the library being created; maintained while files are spliced.
 	int GetLineOffset() const
@@ -139,6 +151,7 @@ private:
 	MgrKeys<int> _mgrKeys;
 	Result* _pResult;
 	int _iLineOffset;
+	IFactoryReferences* _pFactoryReferences = nullptr;
 	// Texts being processed in this load, innermost last; stops include and import cycles.
 	std::vector<std::string> _vPathsInProgress;
 };
