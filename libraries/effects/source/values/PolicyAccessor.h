@@ -19,7 +19,8 @@ struct FoldLayers<Base, Layer, T, Ts...>
 	typedef Layer<typename FoldLayers<Base, Layer, Ts...>::Type, T> Type;
 };
 
-// Every layer keeps the forms of the layers below visible.
+// Every layer keeps the forms of the layers below visible. Reads come in both constnesses: the parameter
+// interface reads through non-const members, which a const one alone would not override.
 #define TARSEL_ACCESSOR_LAYER_BASE                                                                           \
 public:                                                                                                      \
 	using Base::Base;                                                                                        \
@@ -32,6 +33,7 @@ class AccessorReferenceOffset : public Base
 	TARSEL_ACCESSOR_LAYER_BASE
 	bool Set(const T& value, int index) { return this->_pStorage->Set(value, index); }
 	bool Get(T& value, int index) const { return this->_pStorage->Get(value, index); }
+	bool Get(T& value, int index) { return this->_pStorage->Get(value, index); }
 };
 
 template <class Base, class T>
@@ -40,6 +42,7 @@ class AccessorReference : public Base
 	TARSEL_ACCESSOR_LAYER_BASE
 	bool Set(const T& value) { return this->_pStorage->Set(value, 0); }
 	bool Get(T& value) const { return this->_pStorage->Get(value, 0); }
+	bool Get(T& value) { return this->_pStorage->Get(value, 0); }
 };
 
 // Small types come by value; the storage takes a reference to a local copy.
@@ -53,6 +56,7 @@ class AccessorValueOffset : public Base
 		return this->_pStorage->Set(tCopy, index);
 	}
 	bool Get(T& value, int index) const { return this->_pStorage->Get(value, index); }
+	bool Get(T& value, int index) { return this->_pStorage->Get(value, index); }
 };
 
 template <class Base, class T>
@@ -65,6 +69,7 @@ class AccessorValue : public Base
 		return this->_pStorage->Set(tCopy, 0);
 	}
 	bool Get(T& value) const { return this->_pStorage->Get(value, 0); }
+	bool Get(T& value) { return this->_pStorage->Get(value, 0); }
 };
 #undef TARSEL_ACCESSOR_LAYER_BASE
 
