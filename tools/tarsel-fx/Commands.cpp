@@ -5,13 +5,13 @@
 #include "core/Console.h"
 #include "core/Path.h"
 #include "core/Result.h"
+#include "effects/IShader.h"
 #include "effects/MgrEffects.h"
 #include "manager/MgrEffectsImpl.h"
-#include "effects/IShader.h"
 #include "objects/Library.h"
 #include "objects/PrototypeShader.h"
-#include "syntax/Syntax.h"
 #include "quillon/Reference.h"
+#include "syntax/Syntax.h"
 
 #include <ostream>
 #include <string>

@@ -1,21 +1,38 @@
 #pragma once
 
+#include <set>
 #include <string>
 #include <vector>
 
 #include "core/Console.h"
 #include "core/Result.h"
 #include "effects/IParameter.h"
+#include "effects/IPrototypeInterface.h"
+#include "effects/IPrototypeShader.h"
 #include "effects/IShader.h"
 #include "effects/MgrEffects.h"
 #include "manager/MgrEffectsImpl.h"
 #include "objects/References.h"
 #include "quillon/Reference.h"
+#include "syntax/VisitorDelegate.h"
 
 #include <gtest/gtest.h>
 
 namespace Tarsel::Effects::Testing
 {
+
+// Counts the calls of a listener or visitor.
+template <class A>
+struct Counter
+{
+	int n = 0;
+	bool On(A)
+	{
+		++n;
+		return true;
+	}
+	FastDelegate1<A, bool> Delegate() { return MakeDelegate(this, &Counter::On); }
+};
 
 // Per-graph references that only know their graph; each tells the factory when it goes.
 class FakeFactoryReferences : public IFactoryReferences
@@ -32,6 +49,12 @@ public:
 	private:
 		FakeFactoryReferences* _pFactory;
 		IGraph* _pGraph;
+	};
+	class FakePrototype : public Fake<ReferencePrototypeShader>
+	{
+	public:
+		using Fake::Fake;
+		IPrototypeShader* GetPrototypeShader() const override { return nullptr; }
 	};
 	class FakeInterface : public Fake<ReferencePrototypeInterface>
 	{
@@ -57,9 +80,10 @@ public:
 
 	ReferencePrototypeShader* CreateReferencePrototypeShader(PrototypeShader*, IGraph* graph) override
 	{
-		return _Make<Fake<ReferencePrototypeShader>>(graph);
+		return _Make<FakePrototype>(graph);
 	}
-	ReferencePrototypeInterface* CreateReferencePrototypeInterface(PrototypeInterface*, IGraph* graph) override
+	ReferencePrototypeInterface* CreateReferencePrototypeInterface(PrototypeInterface*,
+	                                                               IGraph* graph) override
 	{
 		return _Make<FakeInterface>(graph);
 	}
@@ -125,14 +149,12 @@ protected:
 		EXPECT_TRUE(parameter && parameter->Get(value, index)) << name;
 		return value;
 	}
-	// Generated function names of a shader's own module.
-	static std::vector<std::string> MethodNames(IShader* shader)
+	static std::string Messages(const std::vector<std::string>& messages)
 	{
-		std::vector<std::string> names;
-		for (const char* method : {"Shade", "Helper"})
-			if (shader->HasMethod(method))
-				names.push_back(shader->GetMethodNameMangled(method));
-		return names;
+		std::string text;
+		for (const std::string& message : messages)
+			text += message;
+		return text;
 	}
 
 	ReferenceContext context;
@@ -140,5 +162,49 @@ protected:
 	MgrEffects mgr;
 	FakeFactoryReferences factory;
 };
+
+// What a module holds, by name: function definitions, called functions and global declarations.
+class ModuleNames
+{
+public:
+	explicit ModuleNames(const Module& module)
+	{
+		for (const FunctionDefinition* function : module.GetFunctionDefinitions())
+			functions.insert(function->GetFunctionPrototype()->GetName()->GetString());
+		for (const DeclarationStatement* statement : module.GetVariableDeclarations())
+			globals.insert(statement->GetDeclaration()->GetIdentifier()->GetString());
+		TVisitorSyntaxConstDelegate<FunctionCall, TParentSyntaxConst<Expression>> callVisitor(
+		    MakeDelegate(this, &ModuleNames::_OnCall));
+		module.AcceptVisitor(&callVisitor);
+		TVisitorSyntaxConstDelegate<Variable, TParentSyntaxConst<Expression>> variableVisitor(
+		    MakeDelegate(this, &ModuleNames::_OnVariable));
+		module.AcceptVisitor(&variableVisitor);
+	}
+	std::set<std::string> functions;
+	std::set<std::string> calls;
+	std::set<std::string> globals;
+	std::set<std::string> variables;
+
+private:
+	bool _OnVariable(const Variable* variable, TParentSyntaxConst<Expression>*)
+	{
+		variables.insert(variable->GetIdentifier()->GetString());
+		return true;
+	}
+	bool _OnCall(const FunctionCall* call, TParentSyntaxConst<Expression>*)
+	{
+		if (call->GetName())
+			calls.insert(call->GetName()->GetString());
+		return true;
+	}
+};
+
+// The code a shader adds to a graph's module.
+inline ModuleNames CollectedNames(IShader* shader)
+{
+	Module module;
+	EXPECT_TRUE(shader->CollectShader(&module));
+	return ModuleNames(module);
+}
 
 } // namespace Tarsel::Effects::Testing

@@ -112,7 +112,8 @@ public:
 	virtual bool SetParameter(Result* result, const std::string& name, const Matrix33f& value, int index) = 0;
 	virtual bool SetParameter(Result* result, const std::string& name, const Matrix44f& value, int index) = 0;
 	virtual bool SetParameter(Result* result, const std::string& name, IShader* value, int index) = 0;
-	virtual bool SetParameter(Result* result, const std::string& name, const IQLPrimitive* value, int index) = 0;
+	virtual bool SetParameter(Result* result, const std::string& name, const IQLPrimitive* value,
+	                          int index) = 0;
 	virtual bool SetParameter(Result* result, const std::string& name, QLtexture* value) = 0;
 	virtual bool SetParameter(Result* result, const std::string& name, const bool* values, int count) = 0;
 	virtual bool SetParameter(Result* result, const std::string& name, const int* values, int count) = 0;
@@ -123,10 +124,14 @@ public:
 	virtual bool SetParameter(Result* result, const std::string& name, const Vector2f* values, int count) = 0;
 	virtual bool SetParameter(Result* result, const std::string& name, const Vector3f* values, int count) = 0;
 	virtual bool SetParameter(Result* result, const std::string& name, const Vector4f* values, int count) = 0;
-	virtual bool SetParameter(Result* result, const std::string& name, const Matrix33f* values, int count) = 0;
-	virtual bool SetParameter(Result* result, const std::string& name, const Matrix44f* values, int count) = 0;
-	virtual bool SetParameter(Result* result, const std::string& name, const QLprimitive* values, int count) = 0;
-	virtual bool SetParameter(Result* result, const std::string& name, QLtexture* const* values, int count) = 0;
+	virtual bool SetParameter(Result* result, const std::string& name, const Matrix33f* values,
+	                          int count) = 0;
+	virtual bool SetParameter(Result* result, const std::string& name, const Matrix44f* values,
+	                          int count) = 0;
+	virtual bool SetParameter(Result* result, const std::string& name, const QLprimitive* values,
+	                          int count) = 0;
+	virtual bool SetParameter(Result* result, const std::string& name, QLtexture* const* values,
+	                          int count) = 0;
 	virtual bool SetParameter(Result* result, const std::string& name, IShader** values, int count) = 0;
 
 	virtual shaderType GetShaderType() const { return kShaderType_Other; }

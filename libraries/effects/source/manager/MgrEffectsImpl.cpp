@@ -6,9 +6,10 @@
 
 #include "core/Console.h"
 #include "core/Result.h"
-#include "manager/Profiler.h"
 #include "effects/IShader.h"
+#include "manager/Profiler.h"
 #include "objects/Library.h"
+#include "objects/PrototypeInterface.h"
 #include "objects/PrototypeShader.h"
 #include "quillon/IQuillonContext.h"
 

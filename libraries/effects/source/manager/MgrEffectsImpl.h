@@ -89,14 +89,26 @@ public:
 	    ;
 
 	// Registered libraries by name, for tools that look inside them.
-	const std::map<std::string, Library*>& GetLibraries() const { return _mLibraries; }
+	const std::map<std::string, Library*>& GetLibraries() const
+	{
+		return _mLibraries;
+	}
 	// Keys in use, for checks that objects give theirs back.
-	size_t GetCountKeys() { return _mgrKeys.GetCount(); }
+	size_t GetCountKeys()
+	{
+		return _mgrKeys.GetCount();
+	}
 
 	// Makes the per-graph references of prototypes and shaders; not owned. Without one, no graph can
 	// reference a shader.
-	void SetFactoryReferences(IFactoryReferences* factory) { _pFactoryReferences = factory; }
-	IFactoryReferences* GetFactoryReferences() const { return _pFactoryReferences; }
+	void SetFactoryReferences(IFactoryReferences* factory)
+	{
+		_pFactoryReferences = factory;
+	}
+	IFactoryReferences* GetFactoryReferences() const
+	{
+		return _pFactoryReferences;
+	}
 
 	// Line-number correction handed to the library being created; maintained while files are spliced.
 	int GetLineOffset() const

@@ -1,18 +1,11 @@
 #pragma once
 
-#include "core/Console.h"
 #include "effects/IMgrEffects.h"
 #include "manager/MgrEffectsImpl.h"
+#include "objects/ParameterValueConsole.h"
 
 namespace Tarsel::Effects
 {
-
-// The console that an object's diagnostics go to: its manager's, or the process-wide one without it.
-inline IMgrConsole* ConsoleOf(const IMgrEffects* mgrEffects)
-{
-	IMgrConsole* console = mgrEffects ? mgrEffects->GetConsole() : nullptr;
-	return console ? console : GetMgrConsole();
-}
 
 // Makes a caller's result the manager's current one for a scope, so that nested failures are reported
 // into it; the one installed before comes back afterwards.

@@ -8,7 +8,11 @@
 namespace Tarsel::Effects
 {
 
+class Expression;
 class IMgrEffects;
+class Variable;
+template <class T>
+class TIParentSyntax;
 
 // A vertex coordinate of a shader: its value names the vertex attribute that the coordinate reads.
 class ParameterCoord : public IParameter

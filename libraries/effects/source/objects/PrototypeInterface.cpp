@@ -38,7 +38,8 @@ ReferencePrototypeInterface* PrototypeInterface::GetReference(IGraph* graph)
 	if (found != _mReferences.end())
 		return found->second;
 	IMgrEffects* mgrEffects = GetMgrEffects();
-	IFactoryReferences* factory = mgrEffects ? mgrEffects->GetImplementation()->GetFactoryReferences() : nullptr;
+	IFactoryReferences* factory =
+	    mgrEffects ? mgrEffects->GetImplementation()->GetFactoryReferences() : nullptr;
 	ReferencePrototypeInterface* reference =
 	    factory ? factory->CreateReferencePrototypeInterface(this, graph) : nullptr;
 	if (reference)

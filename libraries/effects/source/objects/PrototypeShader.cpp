@@ -4,25 +4,25 @@
 
 #include "core/Assert.h"
 #include "core/Result.h"
+#include "effects/IParameter.h"
 #include "manager/MgrEffectsImpl.h"
 #include "objects/Diagnostics.h"
 #include "objects/IMember.h"
-#include "effects/IParameter.h"
 #include "objects/IPrototypeMember.h"
 #include "objects/IPrototypeParameter.h"
 #include "objects/Library.h"
-#include "objects/ModuleTransformer.h"
 #include "objects/MemberValueArraySeparate.h"
 #include "objects/MemberValueSingleSeparate.h"
+#include "objects/ModuleTransformer.h"
 #include "objects/ParameterValueArraySeparate.h"
 #include "objects/ParameterValueSingleStorageSeparate.h"
+#include "objects/PrototypeInterface.h"
 #include "objects/PrototypeMemberValueArray.h"
 #include "objects/PrototypeMemberValueSingle.h"
 #include "objects/PrototypeParameterInterfaceArray.h"
 #include "objects/PrototypeParameterInterfaceSingle.h"
 #include "objects/PrototypeParameterValueArray.h"
 #include "objects/PrototypeParameterValueSingle.h"
-#include "objects/PrototypeInterface.h"
 #include "objects/References.h"
 #include "objects/Shader.h"
 #include "syntax/VisitorDelegate.h"
@@ -87,8 +87,8 @@ IParameter* CreateParameterValue(IMgrEffects* mgrEffects, const VariableDeclarat
 	return ParameterValueSingleStorageSeparate::Create(mgrEffects, declaration, name, result);
 }
 
-IMember* CreateMemberValue(IMgrEffects* mgrEffects, const VariableDeclaration* declaration, const std::string& name,
-                           Result* result)
+IMember* CreateMemberValue(IMgrEffects* mgrEffects, const VariableDeclaration* declaration,
+                           const std::string& name, Result* result)
 {
 	if (IsArray(declaration))
 		return MemberValueArraySeparate::Create(mgrEffects, declaration, name, result);
@@ -96,10 +96,11 @@ IMember* CreateMemberValue(IMgrEffects* mgrEffects, const VariableDeclaration* d
 }
 
 // Class-wide interface inputs come with the interface parameters; until then such a class cannot be made.
-IParameter* CreateParameterInterface(IMgrEffects* mgrEffects, const VariableDeclaration*, const InterfaceDefinition*,
-                                     const std::string& className)
+IParameter* CreateParameterInterface(IMgrEffects* mgrEffects, const VariableDeclaration*,
+                                     const InterfaceDefinition*, const std::string& className)
 {
-	ConsoleOf(mgrEffects)->Error("Class \"%s\": static interface inputs are not supported yet\n", className.c_str());
+	ConsoleOf(mgrEffects)
+	    ->Error("Class \"%s\": static interface inputs are not supported yet\n", className.c_str());
 	return nullptr;
 }
 
@@ -153,7 +154,8 @@ typename Map::mapped_type FindValue(const Map& objects, const std::string& name)
 } // namespace
 
 PrototypeShader::PrototypeShader()
-    : _pLibrary(nullptr), _pStatic(nullptr), _pTemplate(nullptr), _pPrototypeInterface(nullptr), _pClass(nullptr)
+    : _pLibrary(nullptr), _pStatic(nullptr), _pTemplate(nullptr), _pPrototypeInterface(nullptr),
+      _pClass(nullptr)
 {
 }
 
@@ -170,7 +172,8 @@ bool PrototypeShader::Init(Library* library, ClassDefinition* definition, Result
 {
 	_pLibrary = library;
 	_pClass = definition;
-	const bool ready = (_pClass->GetInterface() == nullptr || (_InitPrototypeInterface() && _ImplementsInterface(result)));
+	const bool ready =
+	    (_pClass->GetInterface() == nullptr || (_InitPrototypeInterface() && _ImplementsInterface(result)));
 	if (!ready)
 	{
 		Shutdown();
@@ -228,9 +231,9 @@ bool PrototypeShader::_ImplementsInterface(Result* result)
 	for (const FunctionPrototype* method : definition->GetMemberFunctions())
 	{
 		const auto& functions = _pClass->GetMemberFunctions();
-		const bool found = std::any_of(functions.begin(), functions.end(), [method](const FunctionDefinition* f) {
-			return f->GetFunctionPrototype()->Equivalent(method);
-		});
+		const bool found = std::any_of(functions.begin(), functions.end(),
+		                               [method](const FunctionDefinition* f)
+		                               { return f->GetFunctionPrototype()->Equivalent(method); });
 		if (found)
 			continue;
 		implements = false;
@@ -296,9 +299,9 @@ bool PrototypeShader::_InitParameterInterface(VariableDeclaration* declaration, 
 	if (IsArray(declaration) && prototypeInterface == nullptr)
 		return false;
 	(void)result;
-	IParameter* parameter =
-	    CreateParameterInterface(GetMgrEffects(), declaration,
-	                             prototypeInterface ? prototypeInterface->GetDefinition() : nullptr, GetClassName());
+	IParameter* parameter = CreateParameterInterface(
+	    GetMgrEffects(), declaration, prototypeInterface ? prototypeInterface->GetDefinition() : nullptr,
+	    GetClassName());
 	if (parameter == nullptr)
 		return false;
 	_AddStaticParameter(NameOf(declaration), parameter);
@@ -313,7 +316,8 @@ bool PrototypeShader::_InitMembers(Result* result)
 			continue;
 		if (IsUserType(declaration))
 		{
-			ConsoleOf(GetMgrEffects())->Message("PrototypeShader::_InitMembers Interface types not supported\n");
+			ConsoleOf(GetMgrEffects())
+			    ->Message("PrototypeShader::_InitMembers Interface types not supported\n");
 			return false;
 		}
 		const std::string mangled = GetClassName() + "_" + NameOf(declaration);
@@ -322,7 +326,8 @@ bool PrototypeShader::_InitMembers(Result* result)
 			return false;
 		if (member->IsArray())
 		{
-			IMember::ListenerChangeLength listener = MakeDelegate(this, &PrototypeShader::_OnChangeLengthMember);
+			IMember::ListenerChangeLength listener =
+			    MakeDelegate(this, &PrototypeShader::_OnChangeLengthMember);
 			member->AddListenerChangeLength(listener);
 		}
 		_mMembers[NameOf(declaration)] = member;
@@ -344,7 +349,8 @@ bool PrototypeShader::_InitPrototypeParameters(Result* result)
 		}
 		_mPrototypeParameters[NameOf(declaration)] =
 		    IsArray(declaration)
-		        ? CreateDescriptor<IPrototypeParameter, PrototypeParameterValueArray>(GetMgrEffects(), declaration)
+		        ? CreateDescriptor<IPrototypeParameter, PrototypeParameterValueArray>(GetMgrEffects(),
+		                                                                              declaration)
 		        : CreateDescriptor<IPrototypeParameter, PrototypeParameterValueSingle>(this, declaration);
 	}
 	return true;
@@ -361,8 +367,10 @@ bool PrototypeShader::_InitPrototypeParameterInterface(VariableDeclaration* decl
 	if (prototypeInterface && prototypeInterface->GetDefinition() == nullptr)
 	{
 		ConsoleOf(GetMgrEffects())
-		    ->Message(array ? "PrototypeShader::_InitPrototypeParameterInterfaceArray Interface Definition NULL\n"
-		                    : "PrototypeShader::_InitPrototypeParameterInterfaceSingle Interface Definition NULL\n");
+		    ->Message(
+		        array
+		            ? "PrototypeShader::_InitPrototypeParameterInterfaceArray Interface Definition NULL\n"
+		            : "PrototypeShader::_InitPrototypeParameterInterfaceSingle Interface Definition NULL\n");
 		return false;
 	}
 	_mPrototypeParameters[NameOf(declaration)] =
@@ -380,7 +388,8 @@ bool PrototypeShader::_InitPrototypeMembers()
 		if (IsUserType(declaration))
 		{
 			ConsoleOf(GetMgrEffects())
-			    ->Message("PrototypeShader::_InitPrototypeMemberVariables Unsupported Interface Member Variable\n");
+			    ->Message(
+			        "PrototypeShader::_InitPrototypeMemberVariables Unsupported Interface Member Variable\n");
 			return false;
 		}
 		_mPrototypeMembers[NameOf(declaration)] =
@@ -412,8 +421,8 @@ bool PrototypeShader::_InitStatic(Result* result)
 {
 	TARSEL_ASSERT(_pStatic == NULL);
 	Module* module = new Module();
-	bool built = _InitStaticConstructor(module) && _InitStaticMethods(module) && _ReplaceStaticCalls(module, result) &&
-	             _ApplyTransformations(module);
+	bool built = _InitStaticConstructor(module) && _InitStaticMethods(module) &&
+	             _ReplaceStaticCalls(module, result) && _ApplyTransformations(module);
 	for (auto it = _mParameters.begin(); built && it != _mParameters.end(); ++it)
 		built = it->second->CollectShader(module);
 	for (auto it = _mMembers.begin(); built && it != _mMembers.end(); ++it)
@@ -435,8 +444,8 @@ bool PrototypeShader::_InitStaticConstructor(Module* module)
 		collected = collected && entry.second->CollectConstructor(body);
 	for (auto& entry : _mParameters)
 		collected = collected && entry.second->CollectConstructor(body);
-	FunctionPrototype* prototype = module->CreateFunctionPrototype(kFunction_None, module->CreateType(kType_Void),
-	                                                               module->CreateString(GetConstructorStatic()));
+	FunctionPrototype* prototype = module->CreateFunctionPrototype(
+	    kFunction_None, module->CreateType(kType_Void), module->CreateString(GetConstructorStatic()));
 	module->AddFunctionDefinition(module->CreateFunctionDefinition(prototype, body));
 	return collected;
 }
@@ -530,7 +539,8 @@ bool PrototypeShader::ReplaceStatic(FunctionSelection* selection, TIParentSyntax
 	{
 		if (result)
 			result->Add("%s: Class \"%s\" has no static method named \"%s\".",
-			            selection->GetRange().GetLocationText().c_str(), GetClassName().c_str(), method.c_str());
+			            selection->GetRange().GetLocationText().c_str(), GetClassName().c_str(),
+			            method.c_str());
 		return false;
 	}
 	Module* module = selection->GetModule();
@@ -639,8 +649,10 @@ ReferencePrototypeShader* PrototypeShader::AcquireReference(IGraph* graph)
 		return found->second.first;
 	}
 	IMgrEffects* mgrEffects = GetMgrEffects();
-	IFactoryReferences* factory = mgrEffects ? mgrEffects->GetImplementation()->GetFactoryReferences() : nullptr;
-	ReferencePrototypeShader* reference = factory ? factory->CreateReferencePrototypeShader(this, graph) : nullptr;
+	IFactoryReferences* factory =
+	    mgrEffects ? mgrEffects->GetImplementation()->GetFactoryReferences() : nullptr;
+	ReferencePrototypeShader* reference =
+	    factory ? factory->CreateReferencePrototypeShader(this, graph) : nullptr;
 	// Nothing is recorded for a reference that cannot be made, so the next request tries again.
 	if (reference == nullptr)
 		return nullptr;
@@ -653,8 +665,10 @@ ReferencePrototypeShader* PrototypeShader::AcquireReference(IGraph* graph)
 
 bool PrototypeShader::ReleaseReference(ReferencePrototypeShader* reference)
 {
-	auto found = reference ? _mReferences.find(reference->GetGraph()) : _mReferences.end();
-	if (found == _mReferences.end() || found->second.first != reference)
+	// Found by the reference itself: one released before may already be gone.
+	auto found = std::find_if(_mReferences.begin(), _mReferences.end(),
+	                          [reference](const auto& entry) { return entry.second.first == reference; });
+	if (reference == nullptr || found == _mReferences.end())
 	{
 		ConsoleOf(GetMgrEffects())->Message("PrototypeShader::ReleaseReference Reference Not Found\n");
 		return false;
@@ -662,7 +676,8 @@ bool PrototypeShader::ReleaseReference(ReferencePrototypeShader* reference)
 	if (--found->second.second > 0)
 		return true;
 	if (_pPrototypeInterface)
-		if (ReferencePrototypeInterface* referenceInterface = _pPrototypeInterface->GetReference(found->first))
+		if (ReferencePrototypeInterface* referenceInterface =
+		        _pPrototypeInterface->GetReference(found->first))
 			referenceInterface->RemoveReferencePrototypeShader(reference);
 	_mReferences.erase(found);
 	delete reference;
@@ -760,8 +775,9 @@ std::string PrototypeShader::GetStaticMethodNameMangled(const std::string& name)
 
 ClassDefinition* PrototypeShader::GetTemplate() const
 {
-	return _pTemplate && !_pTemplate->GetClassDefinitions().empty() ? _pTemplate->GetClassDefinitions().front()
-	                                                                : nullptr;
+	return _pTemplate && !_pTemplate->GetClassDefinitions().empty()
+	           ? _pTemplate->GetClassDefinitions().front()
+	           : nullptr;
 }
 
 IParameter* PrototypeShader::GetParameter(const std::string& name)
@@ -816,7 +832,8 @@ bool PrototypeShader::VisitCoords(VisitorCoord& visitor)
 {
 	bool all = true;
 	for (const auto& entry : _pClass->GetCoords())
-		all = visitor(entry.second->GetType()->GetTypeSpecifier(), entry.first, entry.second->GetTransformation()) &&
+		all = visitor(entry.second->GetType()->GetTypeSpecifier(), entry.first,
+		              entry.second->GetTransformation()) &&
 		      all;
 	return all;
 }
@@ -839,7 +856,8 @@ bool PrototypeShader::_SetParameter(const std::string& name, Args... args)
 	IParameter* parameter = GetParameter(name);
 	if (parameter == nullptr)
 	{
-		ConsoleOf(GetMgrEffects())->Message("PrototypeShader::_SetParameter Parameter Not Found (%s)\n", name.c_str());
+		ConsoleOf(GetMgrEffects())
+		    ->Message("PrototypeShader::_SetParameter Parameter Not Found (%s)\n", name.c_str());
 		return false;
 	}
 	return parameter->Set(args...);

@@ -51,7 +51,8 @@ public:
 	bool VisitOutputs(VisitorOutput& visitor) override;
 	bool HasConstructorStatic() override { return true; }
 	std::string GetConstructorStatic() const override;
-	bool ReplaceStatic(FunctionSelection* selection, TIParentSyntax<Expression>* parent, Result* result) override;
+	bool ReplaceStatic(FunctionSelection* selection, TIParentSyntax<Expression>* parent,
+	                   Result* result) override;
 	bool IsComplete() override;
 
 	bool SetParameter(const std::string& name, QLtexture* const* values, int count) override;
@@ -104,7 +105,10 @@ public:
 	ClassDefinition* GetTemplate() const;
 	// The class-wide code; null while the prototype is incomplete.
 	const Module* GetStatic() const { return _pStatic; }
-	const std::map<std::string, IPrototypeParameter*>& GetPrototypeParameters() const { return _mPrototypeParameters; }
+	const std::map<std::string, IPrototypeParameter*>& GetPrototypeParameters() const
+	{
+		return _mPrototypeParameters;
+	}
 	const std::map<std::string, IPrototypeMember*>& GetPrototypeMembers() const { return _mPrototypeMembers; }
 	IPrototypeParameter* GetPrototypeParameter(const std::string& name) const;
 	IPrototypeMember* GetPrototypeMember(const std::string& name) const;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "objects/IReferencePrototypeShader.h"
+
 namespace Tarsel::Effects
 {
 
@@ -11,11 +13,8 @@ class PrototypeShader;
 // The per-graph side of the object model, as far as the objects that count and own them need to know it.
 // Destroying a reference ends it.
 
-class ReferencePrototypeShader
+class ReferencePrototypeShader : public IReferencePrototypeShader
 {
-public:
-	virtual ~ReferencePrototypeShader() {}
-	virtual IGraph* GetGraph() const = 0;
 };
 
 class ReferencePrototypeInterface

@@ -1,10 +1,12 @@
 #include "objects/Shader.h"
 
+#include <algorithm>
+
 #include "core/Result.h"
+#include "effects/IParameter.h"
 #include "objects/Diagnostics.h"
 #include "objects/Graph.h"
 #include "objects/IMember.h"
-#include "effects/IParameter.h"
 #include "objects/IPrototypeMember.h"
 #include "objects/IPrototypeParameter.h"
 #include "objects/MangleMethodPrefixKey.h"
@@ -21,7 +23,8 @@ namespace Tarsel::Effects
 
 namespace
 {
-const IQLShader::Type kGraphTypes[] = {IQLShader::kType_Ray, IQLShader::kType_Frame, IQLShader::kType_PrefixRay};
+const IQLShader::Type kGraphTypes[] = {IQLShader::kType_Ray, IQLShader::kType_Frame,
+                                       IQLShader::kType_PrefixRay};
 
 template <class Map>
 void DestroyValues(Map& objects)
@@ -68,7 +71,8 @@ bool Shader::Init(PrototypeShader* prototype, const ClassDefinition* definition,
 {
 	_sName = prototype->GetClassName();
 	_pPrototype = prototype;
-	PrototypeShader::ListenerChangeStructure listener = MakeDelegate(this, &Shader::_OnChangeStructurePrototype);
+	PrototypeShader::ListenerChangeStructure listener =
+	    MakeDelegate(this, &Shader::_OnChangeStructurePrototype);
 	_pPrototype->AddListenerChangeStructure(listener);
 	_key = GetMgrEffects()->CreateKey();
 	_pMangleMethod = new MangleMethodPrefixKey(&_key);
@@ -175,7 +179,8 @@ bool Shader::_BuildModule(Result*)
 		clone->GetFunctionPrototype()->GetName()->SetString(GetMethodNameMangled(name));
 		module->AddFunctionDefinition(clone);
 	}
-	TVisitorSyntaxDelegate<FunctionCall, TIParentSyntax<Expression>> calls(MakeDelegate(this, &Shader::_RenameCalls));
+	TVisitorSyntaxDelegate<FunctionCall, TIParentSyntax<Expression>> calls(
+	    MakeDelegate(this, &Shader::_RenameCalls));
 	bool built = _CollectConstructor(module) && module->AcceptVisitor(&calls);
 	for (auto it = _mParameters.begin(); built && it != _mParameters.end(); ++it)
 		built = it->second->CollectShader(module);
@@ -201,8 +206,8 @@ bool Shader::_CollectConstructor(Module* module)
 		collected = it->second->CollectConstructor(body);
 	for (auto it = _mParameters.begin(); collected && it != _mParameters.end(); ++it)
 		collected = it->second->CollectConstructor(body);
-	FunctionPrototype* prototype = module->CreateFunctionPrototype(kFunction_None, module->CreateType(kType_Void),
-	                                                               module->CreateString(GetConstructor()));
+	FunctionPrototype* prototype = module->CreateFunctionPrototype(
+	    kFunction_None, module->CreateType(kType_Void), module->CreateString(GetConstructor()));
 	module->AddFunctionDefinition(module->CreateFunctionDefinition(prototype, body));
 	return collected;
 }
@@ -212,7 +217,8 @@ bool Shader::_RenameCalls(FunctionCall* call, TIParentSyntax<Expression>* parent
 {
 	if (call->GetName() == nullptr)
 		return true;
-	const FunctionSelection* holder = parent ? dynamic_cast<const FunctionSelection*>(parent->GetParent()) : nullptr;
+	const FunctionSelection* holder =
+	    parent ? dynamic_cast<const FunctionSelection*>(parent->GetParent()) : nullptr;
 	if (holder && holder->GetFunction() == call)
 		return true;
 	auto found = _mMethodNames.find(call->GetName()->GetString());
@@ -254,7 +260,8 @@ bool Shader::CollectShader(Module* module)
 
 bool Shader::CollectDeclarationMethod(Module* module, const std::string& method)
 {
-	const FunctionDefinition* function = _pModule ? _pModule->GetFunctionDefinition(GetMethodNameMangled(method)) : nullptr;
+	const FunctionDefinition* function =
+	    _pModule ? _pModule->GetFunctionDefinition(GetMethodNameMangled(method)) : nullptr;
 	if (function == nullptr)
 	{
 		ConsoleOf(GetMgrEffects())->Message("Shader::CollectDeclarationMethod Method Not Found\n");
@@ -373,7 +380,7 @@ void Shader::_ShutdownGraph(GraphKind kind)
 	_aGraphs[kind].pGraph = nullptr;
 }
 
-#define TARSEL_SHADER_GRAPH(Kind)                                                                           \
+#define TARSEL_SHADER_GRAPH(Kind)                                                                            \
 	bool Shader::AddListenerCreateGraph##Kind(ListenerCreateGraph& listener)                                 \
 	{                                                                                                        \
 		return _aGraphs[kGraph_##Kind].setListenersCreate.Add(listener);                                     \
@@ -425,8 +432,10 @@ IReferenceShader* Shader::GetReference(IGraph* graph)
 
 bool Shader::ReleaseReference(IReferenceShader* reference)
 {
-	auto found = reference ? _mReferences.find(reference->GetGraph()) : _mReferences.end();
-	if (found == _mReferences.end() || found->second.first != reference)
+	// Found by the reference itself: one released before may already be gone.
+	auto found = std::find_if(_mReferences.begin(), _mReferences.end(),
+	                          [reference](const auto& entry) { return entry.second.first == reference; });
+	if (reference == nullptr || found == _mReferences.end())
 	{
 		ConsoleOf(GetMgrEffects())->Message("Shader::ReleaseReference Reference Not Found\n");
 		return false;
@@ -516,8 +525,8 @@ bool Shader::_SetShader(Result* result, const std::string& name, IShader* shader
 	if (shader && shader->GetShaderType() != kShaderType_Shader)
 	{
 		if (result)
-			result->Add("sub shader %s can not be attached to %s, it's not compatible\n", shader->GetName().c_str(),
-			            _sName.c_str());
+			result->Add("sub shader %s can not be attached to %s, it's not compatible\n",
+			            shader->GetName().c_str(), _sName.c_str());
 		return false;
 	}
 	IParameter* parameter = GetParameter(name);
@@ -624,7 +633,8 @@ void Shader::Shutdown()
 {
 	if (_pPrototype)
 	{
-		PrototypeShader::ListenerChangeStructure listener = MakeDelegate(this, &Shader::_OnChangeStructurePrototype);
+		PrototypeShader::ListenerChangeStructure listener =
+		    MakeDelegate(this, &Shader::_OnChangeStructurePrototype);
 		_pPrototype->RemoveListenerChangeStructure(listener);
 	}
 	// Every listener hears of the deletion, whatever the others answer.
