@@ -83,6 +83,7 @@ TEST_F(ParameterValueTest, EveryElementTypeRoundTripsThroughTheInterface)
 	m4(3, 0) = 6.0f;
 	EXPECT_TRUE(RoundTrip("mat4 x", m4));
 	EXPECT_TRUE(RoundTrip("sampler2D x", reinterpret_cast<QLtexture*>(this)));
+	EXPECT_TRUE(RoundTrip("samplerCube x", reinterpret_cast<QLtexture*>(this)));
 	EXPECT_TRUE(RoundTrip("primitive x", QLprimitive(42)));
 	// Arrays have the same family over their buffer.
 	EXPECT_TRUE(RoundTrip("mat3 x[1]", m3));
