@@ -42,6 +42,12 @@ tarsel_fx_test(check_mixed 1 ARGS check -I ${_fx_data} ${_fx_data}/valid.tsl ${_
                EXPECT "Acquired shader source asset successfully: '[^']*valid\\.tsl'" "syntax_error\\.tsl\\(5\\)")
 tarsel_fx_test(check_missing_file 1 ARGS check -I ${_fx_data} no_such_file.tsl
                EXPECT "Failed to read shader source file 'no_such_file\\.tsl'")
+# One shader of every class is made: each class that cannot be made is named with its file and line.
+tarsel_fx_test(check_classes 1 ARGS check ${_fx_data}/classes.tsl
+               EXPECT "classes\\.tsl:14: class \"Circle\" cannot be created"
+                      "missing implementation of method \"Perimeter\" from interface \"Shape\""
+                      "classes\\.tsl:22: Class \"Square\" has no static method named \"Twice\""
+               REJECT "class \"Square\" cannot")
 tarsel_fx_test(check_valid 0 ARGS check -I ${_fx_data} ${_fx_data}/valid.tsl REJECT "Syntax Error")
 tarsel_fx_test(preprocess_macros 0 ARGS preprocess -I ${_fx_data} ${_fx_data}/macros.tsl
                EXPECT_FILE ${_fx_data}/macros.expected)

@@ -7,11 +7,14 @@
 #include "core/Console.h"
 #include "core/Path.h"
 #include "core/Result.h"
+#include "effects/IShader.h"
 #include "effects/MgrEffects.h"
 #include "effects/MgrStats.h"
 #include "manager/MgrEffectsImpl.h"
 #include "objects/Library.h"
+#include "objects/PrototypeShader.h"
 #include "quillon/Reference.h"
+#include "syntax/Syntax.h"
 
 #include <ostream>
 #include <string>
@@ -53,6 +56,7 @@ public:
 
 	bool IsReady() const { return _bReady; }
 	MgrEffects& GetMgr() { return _mgr; }
+	IMgrConsole* GetConsole() const { return _pConsole; }
 
 	// One line per message. The loader adds source errors newest first, so walking back from the
 	// last restores file order.
@@ -73,6 +77,50 @@ private:
 	bool _bReady = false;
 };
 
+bool HasInterfaceInputs(const Effects::ClassDefinition& definition)
+{
+	for (const Effects::VariableDeclaration* variable : definition.GetMemberVariables())
+		if (variable->GetStorageQualifier() == Effects::kStorage_Input &&
+		    variable->GetType()->GetClass() == Effects::kClass_UserType)
+			return true;
+	return false;
+}
+
+// Makes and destroys one shader of a class. A class that waits for a value only the host can give (an
+// input without default) is incomplete by design: a note, not a failure.
+bool CheckClass(Host& host, Library& library, const Effects::ClassDefinition& definition)
+{
+	const std::string name = definition.GetName()->GetString();
+	const std::string where = definition.GetRange().GetLocationText();
+	Result result;
+	Effects::PrototypeShader* prototype = library.GetPrototypeShader(name, &result);
+	if (prototype && !prototype->IsComplete())
+	{
+		host.GetConsole()->Message("%s: note: class \"%s\" is incomplete until its inputs are connected\n",
+		                           where.c_str(), name.c_str());
+		return true;
+	}
+	Effects::IShader* shader = prototype ? prototype->CreateShader(&result) : nullptr;
+	// Coordinates named after themselves complete the shader, so that its own code is built as well.
+	bool bBuilt = shader != nullptr;
+	for (const auto& coord : definition.GetCoords())
+		bBuilt = bBuilt && shader->SetCoord(&result, coord.first, coord.first);
+	if (shader)
+		prototype->DestroyShader(shader);
+	if (bBuilt)
+		return true;
+	// Inputs that connect other shaders cannot be made yet; such a class is not held against the library.
+	if (HasInterfaceInputs(definition))
+	{
+		host.GetConsole()->Message("%s: note: class \"%s\" has interface inputs, which are not checked yet\n",
+		                           where.c_str(), name.c_str());
+		return true;
+	}
+	host.GetConsole()->Error("%s: class \"%s\" cannot be created\n", where.c_str(), name.c_str());
+	host.PrintResult(result);
+	return false;
+}
+
 int RunCheck(const Arguments& args, Host& host)
 {
 	bool bAllLoaded = true;
@@ -82,7 +130,11 @@ int RunCheck(const Arguments& args, Host& host)
 		bAllLoaded = host.GetMgr().AddLibrary(file, &result) && bAllLoaded;
 		host.PrintResult(result);
 	}
-	return bAllLoaded ? 0 : 1;
+	bool bAllCreated = true;
+	for (const auto& entry : host.GetMgr().GetImplementation()->GetLibraries())
+		for (const Effects::ClassDefinition* definition : entry.second->GetModule()->GetClassDefinitions())
+			bAllCreated = CheckClass(host, *entry.second, *definition) && bAllCreated;
+	return bAllLoaded && bAllCreated ? 0 : 1;
 }
 
 // The text a load would parse: the same preprocessing the manager runs, stopped before parsing.

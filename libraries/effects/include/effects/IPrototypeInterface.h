@@ -1,9 +1,27 @@
 #pragma once
 
+#include <string>
+
 namespace Tarsel::Effects
 {
 
-// Declared here so that the manager's interface can name it; defined by the area that implements it.
-class IPrototypeInterface;
+class IGraph;
+class IMgrEffects;
+class InterfaceDefinition;
+class ReferencePrototypeInterface;
+
+// The class-level view of one interface: what its methods are called in generated code.
+class IPrototypeInterface
+{
+public:
+	virtual ~IPrototypeInterface() {}
+
+	// The graph's reference, made on first request; null when it cannot be made.
+	virtual ReferencePrototypeInterface* GetReference(IGraph* graph) = 0;
+	virtual InterfaceDefinition* GetDefinition() = 0;
+	virtual std::string GetMethodNameMangled(const std::string& method) const = 0;
+	virtual bool HasMethod(const std::string& method) const = 0;
+	virtual IMgrEffects* GetMgrEffects() const = 0;
+};
 
 } // namespace Tarsel::Effects

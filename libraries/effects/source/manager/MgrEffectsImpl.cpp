@@ -6,8 +6,11 @@
 
 #include "core/Console.h"
 #include "core/Result.h"
+#include "effects/IShader.h"
 #include "manager/Profiler.h"
 #include "objects/Library.h"
+#include "objects/PrototypeInterface.h"
+#include "objects/PrototypeShader.h"
 #include "quillon/IQuillonContext.h"
 
 namespace Tarsel::Effects
@@ -201,8 +204,14 @@ IShader* MgrEffectsImpl::CreateShader(const std::string& className)
 	return shader;
 }
 
-// A shader is destroyed by its own prototype; until libraries build prototypes no shader can exist.
-void MgrEffectsImpl::DestroyShader(IShader*) {}
+// Shaders are owned by their prototypes; the manager keeps no list of its own.
+void MgrEffectsImpl::DestroyShader(IShader* shader)
+{
+	if (shader == nullptr)
+		return;
+	if (PrototypeShader* prototype = dynamic_cast<PrototypeShader*>(shader->GetPrototypeShader()))
+		prototype->DestroyShader(shader);
+}
 
 IEffect* MgrEffectsImpl::CreateEffectSurface()
 {

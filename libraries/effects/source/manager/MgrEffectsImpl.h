@@ -18,6 +18,7 @@ namespace Tarsel::Effects
 
 class Library;
 class IFactoryEffect;
+class IFactoryReferences;
 
 class MgrEffectsImpl : public IMgrEffects
 {
@@ -78,6 +79,7 @@ public:
 
 	// Installs the result that nested failures are reported into; null clears it.
 	void SetResult(Result* result) { _pResult = result; }
+	Result* GetResult() const { return _pResult; }
 	// Requires an installed result.
 	void AddResult(Result& result);
 	// Does nothing without an installed result.
@@ -86,6 +88,28 @@ public:
 	    __attribute__((format(printf, 2, 3)))
 #endif
 	    ;
+
+	// Registered libraries by name, for tools that look inside them.
+	const std::map<std::string, Library*>& GetLibraries() const
+	{
+		return _mLibraries;
+	}
+	// Keys in use, for checks that objects give theirs back.
+	size_t GetCountKeys()
+	{
+		return _mgrKeys.GetCount();
+	}
+
+	// Makes the per-graph references of prototypes and shaders; not owned. Without one, no graph can
+	// reference a shader.
+	void SetFactoryReferences(IFactoryReferences* factory)
+	{
+		_pFactoryReferences = factory;
+	}
+	IFactoryReferences* GetFactoryReferences() const
+	{
+		return _pFactoryReferences;
+	}
 
 	// Line-number correction of the text being loaded; maintained while files are spliced.
 	int GetLineOffset() const
@@ -161,6 +185,7 @@ private:
 		DefinedNames defined;
 	};
 	std::vector<TextInProgress> _vTextsInProgress;
+	IFactoryReferences* _pFactoryReferences = nullptr;
 };
 
 } // namespace Tarsel::Effects

@@ -83,6 +83,11 @@ public:
 		_setListenersCreate.Remove(listener);
 		return true;
 	}
+	size_t GetCount()
+	{
+		ScopedLock lock(_mutex);
+		return _mValues.size();
+	}
 
 private:
 	bool _Forget()

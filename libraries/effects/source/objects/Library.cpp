@@ -5,6 +5,9 @@
 #include "core/Console.h"
 #include "core/Result.h"
 #include "effects/IMgrEffects.h"
+#include "effects/IShader.h"
+#include "objects/PrototypeInterface.h"
+#include "objects/PrototypeShader.h"
 #include "syntax/Syntax.h"
 #include "syntax/TslParser.h"
 
@@ -25,6 +28,7 @@ bool Library::Init(IMgrEffects* mgrEffects, const std::string& name, const std::
 	_pModule = new Module();
 	_sName = name;
 	std::vector<std::string> errors;
+	// Nodes keep a pointer to the name for their locations: it must live as long as the module.
 	if (TslParser::Parse(_pModule, errors, _sName, source, lines))
 		return true;
 	// Added last to first, so that the printed result (which runs from the last message back) reads in order.
@@ -40,10 +44,84 @@ bool Library::Init(IMgrEffects* mgrEffects, const std::string& name, const std::
 
 bool Library::Shutdown()
 {
+	_ShutdownPrototypes();
 	delete _pModule;
 	_pModule = nullptr;
 	_pMgrEffects = nullptr;
 	return true;
+}
+
+// Classes go before interfaces: a class's reference may still be registered with its interface's.
+void Library::_ShutdownPrototypes()
+{
+	for (auto& entry : _mPrototypeShaders)
+		delete entry.second;
+	_mPrototypeShaders.clear();
+	for (auto& entry : _mPrototypeInterfaces)
+		delete entry.second;
+	_mPrototypeInterfaces.clear();
+}
+
+PrototypeInterface* Library::GetPrototypeInterface(const std::string& name)
+{
+	auto found = _mPrototypeInterfaces.find(name);
+	if (found != _mPrototypeInterfaces.end() && found->second)
+		return found->second;
+	InterfaceDefinition* definition = _pModule ? _pModule->GetInterfaceDefinition(name) : nullptr;
+	return definition ? _CreatePrototypeInterface(definition) : nullptr;
+}
+
+PrototypeShader* Library::GetPrototypeShader(const std::string& name, Result* result)
+{
+	auto found = _mPrototypeShaders.find(name);
+	if (found != _mPrototypeShaders.end() && found->second)
+		return found->second;
+	if (_setClassesInProgress.count(name) != 0)
+		return nullptr;
+	ClassDefinition* definition = _pModule ? _pModule->GetClassDefinition(name) : nullptr;
+	return definition ? _CreatePrototypeShader(definition, result) : nullptr;
+}
+
+PrototypeInterface* Library::_CreatePrototypeInterface(InterfaceDefinition* definition)
+{
+	PrototypeInterface* prototype = new PrototypeInterface();
+	if (!prototype->Init(this, definition))
+	{
+		delete prototype;
+		return nullptr;
+	}
+	_mPrototypeInterfaces[definition->GetName()->GetString()] = prototype;
+	return prototype;
+}
+
+PrototypeShader* Library::_CreatePrototypeShader(ClassDefinition* definition, Result* result)
+{
+	const std::string name = definition->GetName()->GetString();
+	_setClassesInProgress.insert(name);
+	PrototypeShader* prototype = new PrototypeShader();
+	const bool initialised = prototype->Init(this, definition, result);
+	_setClassesInProgress.erase(name);
+	if (!initialised)
+	{
+		delete prototype;
+		return nullptr;
+	}
+	_mPrototypeShaders[name] = prototype;
+	return prototype;
+}
+
+IShader* Library::CreateShader(const std::string& className, Result* result)
+{
+	PrototypeShader* prototype = GetPrototypeShader(className, result);
+	return prototype ? prototype->CreateShader(result) : nullptr;
+}
+
+void Library::DestroyShader(IShader* shader)
+{
+	if (shader == nullptr)
+		return;
+	if (PrototypeShader* prototype = dynamic_cast<PrototypeShader*>(shader->GetPrototypeShader()))
+		prototype->DestroyShader(shader);
 }
 
 } // namespace Tarsel::Effects

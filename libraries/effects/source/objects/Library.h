@@ -1,5 +1,7 @@
 #pragma once
 
+#include <map>
+#include <set>
 #include <string>
 
 #include "syntax/LineMap.h"
@@ -12,11 +14,13 @@ class Result;
 namespace Tarsel::Effects
 {
 
+class ClassDefinition;
 class IMgrEffects;
-class Module;
+class InterfaceDefinition;
 class IShader;
-class IPrototypeInterface;
-class IPrototypeShader;
+class Module;
+class PrototypeInterface;
+class PrototypeShader;
 
 // One shader library: one source text parsed into one module.
 class Library
@@ -37,16 +41,25 @@ public:
 	IMgrEffects* GetMgrEffects() const { return _pMgrEffects; }
 	const std::string& GetName() const { return _sName; }
 
-	// Prototypes are made from the module's definitions by the object model; until it exists a library
-	// answers no class and no interface.
-	IPrototypeInterface* GetPrototypeInterface(const std::string&) { return nullptr; }
-	IPrototypeShader* GetPrototypeShader(const std::string&, Result*) { return nullptr; }
-	IShader* CreateShader(const std::string&, Result*) { return nullptr; }
+	// Prototypes are made on first request and kept; a class that fails is not kept, so asking again
+	// tries again. A class answers null while it is being made, so that classes naming each other
+	// cannot recurse forever.
+	PrototypeInterface* GetPrototypeInterface(const std::string& name);
+	PrototypeShader* GetPrototypeShader(const std::string& name, Result* result);
+	IShader* CreateShader(const std::string& className, Result* result);
+	void DestroyShader(IShader* shader);
 
 private:
+	PrototypeInterface* _CreatePrototypeInterface(InterfaceDefinition* definition);
+	PrototypeShader* _CreatePrototypeShader(ClassDefinition* definition, Result* result);
+	void _ShutdownPrototypes();
+
 	IMgrEffects* _pMgrEffects;
 	Module* _pModule;
 	std::string _sName;
+	std::map<std::string, PrototypeInterface*> _mPrototypeInterfaces;
+	std::map<std::string, PrototypeShader*> _mPrototypeShaders;
+	std::set<std::string> _setClassesInProgress;
 };
 
 } // namespace Tarsel::Effects

@@ -19,8 +19,9 @@ struct FoldLayers<Base, Layer, T, Ts...>
 	typedef Layer<typename FoldLayers<Base, Layer, Ts...>::Type, T> Type;
 };
 
-// Every layer keeps the forms of the layers below visible. Each form answers false when the parameter has
-// no storage (its Init failed, or it was shut down).
+// Every layer keeps the forms of the layers below visible. Reads come in both constnesses: the parameter
+// interface reads through non-const members, which a const one alone would not override. Each form
+// answers false when the parameter has no storage (its Init failed, or it was shut down).
 #define TARSEL_ACCESSOR_LAYER_BASE                                                                           \
 public:                                                                                                      \
 	using Base::Base;                                                                                        \
@@ -33,6 +34,7 @@ class AccessorReferenceOffset : public Base
 	TARSEL_ACCESSOR_LAYER_BASE
 	bool Set(const T& value, int index) { return this->_pStorage && this->_pStorage->Set(value, index); }
 	bool Get(T& value, int index) const { return this->_pStorage && this->_pStorage->Get(value, index); }
+	bool Get(T& value, int index) { return this->_pStorage && this->_pStorage->Get(value, index); }
 };
 
 template <class Base, class T>
@@ -41,6 +43,7 @@ class AccessorReference : public Base
 	TARSEL_ACCESSOR_LAYER_BASE
 	bool Set(const T& value) { return this->_pStorage && this->_pStorage->Set(value, 0); }
 	bool Get(T& value) const { return this->_pStorage && this->_pStorage->Get(value, 0); }
+	bool Get(T& value) { return this->_pStorage && this->_pStorage->Get(value, 0); }
 };
 
 // Small types come by value; the storage takes a reference to a local copy.
@@ -54,6 +57,7 @@ class AccessorValueOffset : public Base
 		return this->_pStorage && this->_pStorage->Set(tCopy, index);
 	}
 	bool Get(T& value, int index) const { return this->_pStorage && this->_pStorage->Get(value, index); }
+	bool Get(T& value, int index) { return this->_pStorage && this->_pStorage->Get(value, index); }
 };
 
 template <class Base, class T>
@@ -66,6 +70,7 @@ class AccessorValue : public Base
 		return this->_pStorage && this->_pStorage->Set(tCopy, 0);
 	}
 	bool Get(T& value) const { return this->_pStorage && this->_pStorage->Get(value, 0); }
+	bool Get(T& value) { return this->_pStorage && this->_pStorage->Get(value, 0); }
 };
 #undef TARSEL_ACCESSOR_LAYER_BASE
 
