@@ -7,43 +7,21 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cstdlib>
-#include <new>
+#include <malloc.h>
 #include <vector>
 
 using namespace Tarsel;
 using namespace Tarsel::Effects;
 
-// Live heap bytes of the process, for the memory each shader holds.
 namespace
 {
-std::atomic<long long> g_nLiveBytes{0};
-}
-
-void* operator new(size_t nBytes)
+// Bytes the heap has handed out and not yet taken back.
+long long LiveBytes()
 {
-	void* p = std::malloc(nBytes + sizeof(std::max_align_t));
-	if (p == nullptr)
-		throw std::bad_alloc();
-	*static_cast<size_t*>(p) = nBytes;
-	g_nLiveBytes += static_cast<long long>(nBytes);
-	return static_cast<char*>(p) + sizeof(std::max_align_t);
+	return static_cast<long long>(mallinfo2().uordblks);
 }
-
-void operator delete(void* p) noexcept
-{
-	if (p == nullptr)
-		return;
-	char* block = static_cast<char*>(p) - sizeof(std::max_align_t);
-	g_nLiveBytes -= static_cast<long long>(*reinterpret_cast<size_t*>(block));
-	std::free(block);
-}
-
-void operator delete(void* p, size_t) noexcept
-{
-	operator delete(p);
-}
+} // namespace
 
 namespace
 {
@@ -118,10 +96,10 @@ void CreateDestroy(benchmark::State& state)
 	long long bytes = 0;
 	for (auto _ : state)
 	{
-		const long long before = g_nLiveBytes;
+		const long long before = LiveBytes();
 		for (IShader*& shader : shaders)
 			shader = host.Mgr().CreateShader("Layered", nullptr);
-		bytes = std::max(bytes, g_nLiveBytes - before);
+		bytes = std::max(bytes, LiveBytes() - before);
 		if (shaders.back() == nullptr)
 			state.SkipWithError("shader creation failed");
 		for (IShader* shader : shaders)

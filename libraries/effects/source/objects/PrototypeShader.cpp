@@ -298,7 +298,6 @@ bool PrototypeShader::_InitParameterInterface(VariableDeclaration* declaration, 
 	// An array of shaders needs an interface to dispatch through; a class name alone does not do.
 	if (IsArray(declaration) && prototypeInterface == nullptr)
 		return false;
-	(void)result;
 	IParameter* parameter = CreateParameterInterface(
 	    GetMgrEffects(), declaration, prototypeInterface ? prototypeInterface->GetDefinition() : nullptr,
 	    GetClassName());
