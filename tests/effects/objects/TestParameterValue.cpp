@@ -144,6 +144,18 @@ TEST_F(ParameterValueTest, ResizableArraysGrowFromTheirInitializerAndTellOnce)
 	EXPECT_EQ(array->GetStorage()->GetLength(), 1);
 	EXPECT_EQ(lengths.n, 2);
 
+	// An initializer that cannot fill the new elements takes the storage back to the old length.
+	Load("flags.tsl", "class Flags { input bool x[] = 1; void F() {} }");
+	IShader* flags = Create("Flags");
+	ASSERT_TRUE(flags);
+	auto* refused = dynamic_cast<ParameterValueArray*>(flags->GetParameter("x"));
+	ASSERT_TRUE(refused);
+	refused->AddListenerChangeLength(lengths.Delegate());
+	EXPECT_FALSE(refused->SetLength(2));
+	EXPECT_EQ(refused->GetLength(), 0);
+	EXPECT_EQ(refused->GetStorage()->GetLength(), 0);
+	EXPECT_EQ(lengths.n, 2);
+
 	EXPECT_FALSE(Parameter("counts").SetLength(4));
 	EXPECT_TRUE(console.HasMessage("ParameterValueArraySeparate::SetLength Not Resizable\n"));
 	EXPECT_FALSE(Parameter("gain").SetLength(2));
