@@ -1,5 +1,6 @@
 #include "Arguments.h"
 
+#include <cstdlib>
 #include <cstring>
 
 namespace Tarsel::Fx
@@ -13,8 +14,10 @@ bool ParseCommand(const std::string& word, Command& command)
 	{
 		const char* name;
 		Command command;
-	} kCommands[] = {
-	    {"check", Command::kCheck}, {"preprocess", Command::kPreprocess}, {"print", Command::kPrint}};
+	} kCommands[] = {{"check", Command::kCheck},
+	                 {"preprocess", Command::kPreprocess},
+	                 {"print", Command::kPrint},
+	                 {"stats", Command::kStats}};
 	for (const auto& entry : kCommands)
 	{
 		if (word == entry.name)
@@ -32,7 +35,8 @@ const char* GetUsage()
 {
 	return "usage: tarsel-fx check [-I DIR]... FILE...\n"
 	       "       tarsel-fx preprocess [-I DIR]... FILE\n"
-	       "       tarsel-fx print [-I DIR]... FILE\n";
+	       "       tarsel-fx print [-I DIR]... FILE\n"
+	       "       tarsel-fx stats [--port N]\n";
 }
 
 bool ParseArguments(int argc, const char* const* argv, Arguments& args, std::string& error)
@@ -59,6 +63,17 @@ bool ParseArguments(int argc, const char* const* argv, Arguments& args, std::str
 			}
 			args.includeDirs.push_back(dir);
 		}
+		else if (!bOptionsEnded && args.command == Command::kStats && std::strcmp(arg, "--port") == 0)
+		{
+			char* end = nullptr;
+			const long port = i + 1 < argc ? std::strtol(argv[++i], &end, 10) : 0;
+			if (!end || *end || port < 1 || port > 65535)
+			{
+				error = "--port needs a port number from 1 to 65535";
+				return false;
+			}
+			args.port = static_cast<int>(port);
+		}
 		else if (!bOptionsEnded && arg[0] == '-' && arg[1])
 		{
 			error = std::string("unknown option '") + arg + "'";
@@ -66,6 +81,11 @@ bool ParseArguments(int argc, const char* const* argv, Arguments& args, std::str
 		}
 		else
 			args.files.push_back(arg);
+	}
+	if (args.command == Command::kStats)
+	{
+		error = "stats takes no file";
+		return args.files.empty();
 	}
 	if (args.files.empty())
 	{

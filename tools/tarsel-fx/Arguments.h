@@ -11,6 +11,7 @@ enum class Command
 	kCheck,
 	kPreprocess,
 	kPrint,
+	kStats,
 };
 
 struct Arguments
@@ -18,6 +19,8 @@ struct Arguments
 	Command command = Command::kCheck;
 	std::vector<std::string> includeDirs;
 	std::vector<std::string> files;
+	// stats: the server's port; -1 for the registry's default.
+	int port = -1;
 };
 
 // Exit code of a command line that could not be understood.
