@@ -17,7 +17,6 @@ namespace Tarsel::Effects
 
 class Library;
 class IFactoryEffect;
-class IFactoryReferences;
 
 class MgrEffectsImpl : public IMgrEffects
 {
@@ -99,17 +98,6 @@ public:
 		return _mgrKeys.GetCount();
 	}
 
-	// Makes the per-graph references of prototypes and shaders; not owned. Without one, no graph can
-	// reference a shader.
-	void SetFactoryReferences(IFactoryReferences* factory)
-	{
-		_pFactoryReferences = factory;
-	}
-	IFactoryReferences* GetFactoryReferences() const
-	{
-		return _pFactoryReferences;
-	}
-
 	// Line-number correction handed to the library being created; maintained while files are spliced.
 	int GetLineOffset() const
 	{
@@ -163,7 +151,6 @@ private:
 	MgrKeys<int> _mgrKeys;
 	Result* _pResult;
 	int _iLineOffset;
-	IFactoryReferences* _pFactoryReferences = nullptr;
 	// Texts being processed in this load, innermost last; stops include and import cycles.
 	std::vector<std::string> _vPathsInProgress;
 };
