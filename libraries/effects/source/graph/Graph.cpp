@@ -50,6 +50,14 @@ bool DeclareFunctionVoid(Module* module, const std::string& name)
 	    kFunction_None, module->CreateType(kType_Void), module->CreateString(name)));
 }
 
+// Each phase of a compile is sampled on its own, so that its share can be followed as graphs grow.
+template <class F>
+bool Timed(Profiler* profiler, const char* name, F phase)
+{
+	ProfileScope scope(profiler, name);
+	return phase();
+}
+
 } // namespace
 
 Graph::Graph()
@@ -374,17 +382,26 @@ bool Graph::_Compile(Result* result)
 		ConsoleOf(_pMgrEffects)->Message("Graph::_Compile Module Creation\n");
 		return false;
 	}
-	const bool collected = _CollectGlobals(module) && _CollectConstructorStatic(module) &&
-	                       _CollectConstructor(module) && _setCollect.Notify(module);
+	Profiler* profiler = _pMgrEffects->GetProfiler();
+	const bool collected = Timed(profiler, "Graph::_Compile Collect",
+	                             [&]
+	                             {
+		                             if (!_CollectGlobals(module) || !_CollectConstructorStatic(module) ||
+		                                 !_CollectConstructor(module) || !_setCollect.Notify(module))
+			                             return false;
+		                             _CollectForwardDeclarations(module);
+		                             return true;
+	                             });
 	if (!collected)
 	{
 		delete module;
 		return false;
 	}
-	_CollectForwardDeclarations(module);
 	_Optimize(module);
 	VisitorPrintTsl printer(result, _pMgrEffects, true);
-	bool compiled = printer.Visit(module) && _SetString(printer.result(), printer, result);
+	const bool compiled = Timed(profiler, "Graph::_Compile Print", [&] { return printer.Visit(module); }) &&
+	                      Timed(profiler, "Graph::_Compile SetString",
+	                            [&] { return _SetString(printer.result(), printer, result); });
 	if (compiled)
 	{
 		_bCompiled = true;

@@ -133,7 +133,12 @@ bool ReferencePrototypeShader::_InitReferencePrototypeMember(const std::string& 
 bool ReferencePrototypeShader::_InitReferencePrototypeShaderStatic(IPrototypeShader* prototype)
 {
 	if (ReferencePrototypeShader* reference = prototype->AcquireReference(_pGraph))
-		_vReferencePrototypeShadersStatic.push_back(reference);
+	{
+		IPrototypeShader::ListenerDelete listener =
+		    MakeDelegate(this, &ReferencePrototypeShader::_OnDeletePrototypeShaderStatic);
+		prototype->AddListenerDelete(listener);
+		_vReferencePrototypeShadersStatic.emplace_back(prototype, reference);
+	}
 	return true;
 }
 
@@ -167,8 +172,13 @@ void ReferencePrototypeShader::Shutdown()
 	DestroyAll(_mMembers);
 	DestroyDescriptorReferences(_mPrototypeParameters);
 	DestroyDescriptorReferences(_mPrototypeMembers);
-	for (ReferencePrototypeShader* reference : _vReferencePrototypeShadersStatic)
-		reference->Release();
+	IPrototypeShader::ListenerDelete listener =
+	    MakeDelegate(this, &ReferencePrototypeShader::_OnDeletePrototypeShaderStatic);
+	for (auto& entry : _vReferencePrototypeShadersStatic)
+	{
+		entry.first->RemoveListenerDelete(listener);
+		entry.second->Release();
+	}
 	_vReferencePrototypeShadersStatic.clear();
 	// Instances give themselves back before the class goes; any left here are their owners' to destroy.
 	_vReferenceShaders.clear();
@@ -256,6 +266,16 @@ ReferenceParameter* ReferencePrototypeShader::GetParameter(const std::string& na
 {
 	auto found = _mParameters.find(name);
 	return found == _mParameters.end() ? nullptr : found->second;
+}
+
+// The class takes its references with it.
+bool ReferencePrototypeShader::_OnDeletePrototypeShaderStatic(IPrototypeShader* prototype)
+{
+	auto& statics = _vReferencePrototypeShadersStatic;
+	statics.erase(std::remove_if(statics.begin(), statics.end(),
+	                             [prototype](const auto& entry) { return entry.first == prototype; }),
+	              statics.end());
+	return true;
 }
 
 bool ReferencePrototypeShader::_OnChangeStructurePrototypeShader(PrototypeShader*)

@@ -83,6 +83,7 @@ private:
 	bool _ApplyReferenceMembers(IQLPrimitive* primitive, IQLProgram* program);
 	bool _ApplyReferenceShaders(IQLPrimitive* primitive, IQLProgram* program);
 	bool _OnChangeStructurePrototypeShader(PrototypeShader* prototype);
+	bool _OnDeletePrototypeShaderStatic(IPrototypeShader* prototype);
 
 	PrototypeShader* _pPrototype = nullptr;
 	IGraph* _pGraph = nullptr;
@@ -94,7 +95,8 @@ private:
 	    _mPrototypeParameters;
 	std::map<std::string, std::pair<IPrototypeMember*, IReferencePrototypeMember*>> _mPrototypeMembers;
 	std::vector<IReferenceShader*> _vReferenceShaders;
-	std::vector<ReferencePrototypeShader*> _vReferencePrototypeShadersStatic;
+	// Watched for deletion: a library may drop a class whose static code another class calls.
+	std::vector<std::pair<IPrototypeShader*, ReferencePrototypeShader*>> _vReferencePrototypeShadersStatic;
 	bool _bRegistered = false;
 	ListenerSet<Listener> _setListenersChangeStructure;
 };
