@@ -58,6 +58,7 @@ bool ReferencePrototypeShader::Init(PrototypeShader* prototype, IGraph* graph)
 		return false;
 	_pPrototype = prototype;
 	_pGraph = graph;
+	graph->AddListenerDelete(MakeDelegate(this, &ReferencePrototypeShader::_OnDeleteGraph));
 	IPrototypeShader::VisitorOutput outputs = MakeDelegate(this, &ReferencePrototypeShader::_InitOutput);
 	IPrototypeShader::VisitorParameter parameters =
 	    MakeDelegate(this, &ReferencePrototypeShader::_InitReferenceParameter);
@@ -151,8 +152,19 @@ void ReferencePrototypeShader::_ShutdownOutputs()
 
 void ReferencePrototypeShader::Shutdown()
 {
-	if (_pPrototype == nullptr)
+	_DetachGraph();
+	// Instances give themselves back before the class goes; any left here are their owners' to destroy.
+	_vReferenceShaders.clear();
+	_pPrototype = nullptr;
+}
+
+// Everything this reference put into its graph. The instances' bookkeeping stays: they give themselves
+// back to this reference even when the graph went first.
+void ReferencePrototypeShader::_DetachGraph()
+{
+	if (_pPrototype == nullptr || _pGraph == nullptr)
 		return;
+	_pGraph->RemoveListenerDelete(MakeDelegate(this, &ReferencePrototypeShader::_OnDeleteGraph));
 	if (_bRegistered)
 	{
 		PrototypeShader::ListenerChangeStructure listener =
@@ -180,9 +192,13 @@ void ReferencePrototypeShader::Shutdown()
 		entry.second->Release();
 	}
 	_vReferencePrototypeShadersStatic.clear();
-	// Instances give themselves back before the class goes; any left here are their owners' to destroy.
-	_vReferenceShaders.clear();
-	_pPrototype = nullptr;
+	_pGraph = nullptr;
+}
+
+bool ReferencePrototypeShader::_OnDeleteGraph(IGraph*)
+{
+	_DetachGraph();
+	return true;
 }
 
 bool ReferencePrototypeShader::Release()
@@ -227,7 +243,8 @@ bool ReferencePrototypeShader::_ApplyReferenceShaders(IQLPrimitive* primitive, I
 bool ReferencePrototypeShader::AddReferenceShader(IReferenceShader* reference)
 {
 	_vReferenceShaders.push_back(reference);
-	_pPrototype->AcquireReference(_pGraph);
+	if (_pGraph)
+		_pPrototype->AcquireReference(_pGraph);
 	return true;
 }
 

@@ -84,6 +84,8 @@ private:
 	bool _ApplyReferenceShaders(IQLPrimitive* primitive, IQLProgram* program);
 	bool _OnChangeStructurePrototypeShader(PrototypeShader* prototype);
 	bool _OnDeletePrototypeShaderStatic(IPrototypeShader* prototype);
+	void _DetachGraph();
+	bool _OnDeleteGraph(IGraph* graph);
 
 	PrototypeShader* _pPrototype = nullptr;
 	IGraph* _pGraph = nullptr;

@@ -27,6 +27,7 @@ bool ReferenceShader::Init(IShader* shader, IGraph* graph)
 	}
 	IShader::ListenerShader listener = MakeDelegate(this, &ReferenceShader::_OnDelete);
 	_pShader->AddListenerDelete(listener);
+	_pGraph->AddListenerDelete(MakeDelegate(this, &ReferenceShader::_OnDeleteGraph));
 	return true;
 }
 
@@ -37,11 +38,23 @@ void ReferenceShader::Shutdown()
 		IShader::ListenerShader listener = MakeDelegate(this, &ReferenceShader::_OnDelete);
 		_pShader->RemoveListenerDelete(listener);
 	}
+	if (_pGraph)
+		_pGraph->RemoveListenerDelete(MakeDelegate(this, &ReferenceShader::_OnDeleteGraph));
 	_setListenersDelete.Visit(this);
 	_setListenersDelete.clear();
 	_ShutdownImpl();
 	_pShader = nullptr;
 	_pGraph = nullptr;
+}
+
+// A graph that goes before this reference takes the implementation's part in it along; the shader still
+// counts the reference until its holder gives it back.
+bool ReferenceShader::_OnDeleteGraph(IGraph*)
+{
+	_ShutdownImpl();
+	_pGraph->RemoveListenerDelete(MakeDelegate(this, &ReferenceShader::_OnDeleteGraph));
+	_pGraph = nullptr;
+	return true;
 }
 
 bool ReferenceShader::Release()

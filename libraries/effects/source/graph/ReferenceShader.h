@@ -97,6 +97,7 @@ private:
 	bool _OnChangeValue(IReferenceShader*);
 	bool _OnChangeStructure(IReferenceShader*);
 	bool _OnDelete(IShader*);
+	bool _OnDeleteGraph(IGraph*);
 
 	IShader* _pShader = nullptr;
 	IGraph* _pGraph = nullptr;
