@@ -1,6 +1,6 @@
-// Compiling graphs of N shaders, as a chain through single inputs and as a star through one input array,
-// with the time split into collection, printing and the device compile; and re-applying one changed value
-// in compiled graphs of different sizes.
+// Compiling graphs of N shaders, as a chain through single inputs, as a star through one input array and as
+// a flat set of instances entered by reference, with the time split into collection, printing and the device
+// compile; and re-applying one changed value in compiled graphs of different sizes.
 
 #include <benchmark/benchmark.h>
 
@@ -10,6 +10,7 @@
 
 #include "core/Console.h"
 #include "core/Result.h"
+#include "effects/IParameter.h"
 #include "effects/IShader.h"
 #include "effects/MgrEffects.h"
 #include "graph/IGraph.h"
@@ -62,18 +63,29 @@ class Star : Node
 class Host
 {
 public:
-	Host(bool star, int n)
+	enum Shape
+	{
+		kChain,
+		kStar,
+		kFlat
+	};
+
+	Host(Shape shape, int n)
 	{
 		_context.SetEcho(false);
 		_mgr.Init(&_console, &_context, nullptr);
 		Result result;
-		bOk = _mgr.AddLibrary("graph.tsl", kSource, &result) && (star ? _MakeStar(n) : _MakeChain(n));
+		bOk = _mgr.AddLibrary("graph.tsl", kSource, &result) && (shape == kChain  ? _MakeChain(n)
+		                                                         : shape == kStar ? _MakeStar(n)
+		                                                                          : _MakeFlat(n));
 		pGraph = bOk ? pRoot->GetGraphSurface() : nullptr;
 		bOk = pGraph != nullptr;
+		for (size_t i = 0; bOk && i < _vFlat.size(); ++i)
+			bOk = _vFlat[i]->AcquireReference(pGraph) != nullptr;
 	}
 	~Host() { _mgr.Shutdown(); }
 
-	double Mean(const char* name) const
+	double Mean(const char* name)
 	{
 		const std::vector<float>& samples = _mgr.GetImplementation()->GetProfiler()->GetSamples(name);
 		return samples.empty() ? 0.0 : std::accumulate(samples.begin(), samples.end(), 0.0) / samples.size();
@@ -108,14 +120,23 @@ private:
 		       pRoot->SetParameter(nullptr, "parts", parts.data(), static_cast<int>(parts.size()));
 	}
 
+	bool _MakeFlat(int n)
+	{
+		pRoot = _mgr.CreateShader("Leaf", nullptr);
+		for (int i = 1; pRoot && i < n; ++i)
+			_vFlat.push_back(pLast = _mgr.CreateShader("Leaf", nullptr));
+		return pRoot && (n == 1 || pLast);
+	}
+
+	std::vector<IShader*> _vFlat;
 	RecordingConsole _console;
 	ReferenceContext _context;
 	MgrEffects _mgr;
 };
 
-void Compile(benchmark::State& state, bool star)
+void Compile(benchmark::State& state, Host::Shape shape)
 {
-	Host host(star, static_cast<int>(state.range(0)));
+	Host host(shape, static_cast<int>(state.range(0)));
 	if (!host.bOk)
 	{
 		state.SkipWithError("graph could not be built");
@@ -134,17 +155,22 @@ void Compile(benchmark::State& state, bool star)
 
 void BM_CompileChain(benchmark::State& state)
 {
-	Compile(state, false);
+	Compile(state, Host::kChain);
 }
 void BM_CompileStar(benchmark::State& state)
 {
-	Compile(state, true);
+	Compile(state, Host::kStar);
+}
+void BM_CompileFlat(benchmark::State& state)
+{
+	Compile(state, Host::kFlat);
 }
 BENCHMARK(BM_CompileChain)->Arg(10)->Arg(100)->Arg(1000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_CompileStar)->Arg(10)->Arg(100)->Arg(1000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_CompileFlat)->Arg(10)->Arg(100)->Arg(1000)->Unit(benchmark::kMillisecond);
 
 // The graph hands each change to its listeners, which re-apply just that value, as an effect would.
-struct Reapply
+struct Relay
 {
 	ReferencePrimitive primitive;
 	IQLProgram* pProgram = nullptr;
@@ -157,16 +183,16 @@ struct Reapply
 	}
 };
 
-void BM_ReapplyOneValue(benchmark::State& state)
+void Reapply(benchmark::State& state, Host::Shape shape)
 {
-	Host host(false, static_cast<int>(state.range(0)));
+	Host host(shape, static_cast<int>(state.range(0)));
 	if (!host.bOk || !host.pGraph->Compile(nullptr))
 	{
 		state.SkipWithError("graph could not be compiled");
 		return;
 	}
-	Reapply reapply;
-	host.pGraph->AddListenerChangeValue(MakeDelegate(&reapply, &Reapply::On));
+	Relay reapply;
+	host.pGraph->AddListenerChangeValue(MakeDelegate(&reapply, &Relay::On));
 	float value = 0.0f;
 	for (auto _ : state)
 	{
@@ -176,7 +202,16 @@ void BM_ReapplyOneValue(benchmark::State& state)
 	if (reapply.nApplied != static_cast<int>(state.iterations()))
 		state.SkipWithError("one apply per change expected");
 }
-BENCHMARK(BM_ReapplyOneValue)->Arg(10)->Arg(1000);
+void BM_ReapplyOneValueChain(benchmark::State& state)
+{
+	Reapply(state, Host::kChain);
+}
+void BM_ReapplyOneValueFlat(benchmark::State& state)
+{
+	Reapply(state, Host::kFlat);
+}
+BENCHMARK(BM_ReapplyOneValueChain)->Arg(10)->Arg(1000);
+BENCHMARK(BM_ReapplyOneValueFlat)->Arg(10)->Arg(1000);
 
 } // namespace
 
