@@ -11,6 +11,11 @@ class IQLProgram;
 namespace Tarsel::Effects
 {
 
+class Expression;
+class FieldSelection;
+template <class T>
+class TIParentSyntax;
+
 // A member array: a global array of the generated program, with a length uniform beside it. Its length is
 // fixed by a declared length or an array-constructor initializer; without either it starts empty and may be
 // resized, which changes the generated declaration.

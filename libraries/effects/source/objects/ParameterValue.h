@@ -15,9 +15,22 @@ class Result;
 namespace Tarsel::Effects
 {
 
+class Expression;
+class FieldSelection;
 class IMgrEffects;
 class IStorage;
+class Module;
+class Type;
 class VariableDeclaration;
+template <class T>
+class TIParentSyntax;
+
+// Adds "uniform type name;" to the module, which takes the type.
+bool AddUniformDeclaration(Module* pModule, Type* pType, const std::string& sName);
+// Replaces sName.length by a variable named sNameLength; any other field of sName fails, other selections
+// are left.
+bool ReplaceReferenceLength(FieldSelection* pSelection, TIParentSyntax<Expression>* pParent,
+                            const std::string& sName, const std::string& sNameLength);
 
 // The array forms with a count, written into the storage from element 0 on.
 template <class Base, class T>

@@ -40,7 +40,6 @@ protected:
 
 private:
 	bool _ReplaceReferenceLength(FieldSelection* pSelection, TIParentSyntax<Expression>* pParent);
-	int _GetStoredLength() const;
 
 	std::string _sNameLengthMangled;
 	int _nLength = 0;

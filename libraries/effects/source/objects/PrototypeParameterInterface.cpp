@@ -1,0 +1,70 @@
+#include "objects/PrototypeParameterInterface.h"
+
+#include "core/Result.h"
+#include "effects/IPrototypeInterface.h"
+#include "effects/IPrototypeShader.h"
+#include "objects/ParameterValueConsole.h"
+#include "objects/ReferencePrototypeDeclaration.h"
+
+namespace Tarsel::Effects
+{
+
+PrototypeParameterInterface::~PrototypeParameterInterface()
+{
+	Shutdown();
+}
+
+IReferencePrototypeParameter*
+PrototypeParameterInterface::CreateReference(IReferencePrototypeShader* pReference)
+{
+	auto* pCreated = new ReferencePrototypeParameterInterfaceSingle();
+	if (pCreated->Init(this, pReference))
+		return pCreated;
+	delete pCreated;
+	return nullptr;
+}
+
+bool PrototypeParameterInterface::DestroyReference(IReferencePrototypeParameter* pReference)
+{
+	delete pReference;
+	return true;
+}
+
+bool PrototypeParameterInterface::Shutdown()
+{
+	if (_pMgrEffects)
+	{
+		_pMgrEffects->DestroyKey(_key);
+		_key = Key::Null();
+	}
+	_pMgrEffects = nullptr;
+	_pDecl = nullptr;
+	_pPrototypeInterface = nullptr;
+	_pPrototypeShader = nullptr;
+	return true;
+}
+
+bool PrototypeParameterInterface::_Init(const VariableDeclaration* pDecl, IPrototypeInterface* pInterface,
+                                        IPrototypeShader* pShader, const std::string& sName)
+{
+	Shutdown();
+	_pDecl = pDecl;
+	_pPrototypeInterface = pInterface;
+	_pPrototypeShader = pShader;
+	_bInterface = pInterface != nullptr;
+	_pMgrEffects = pInterface ? pInterface->GetMgrEffects() : pShader ? pShader->GetMgrEffects() : nullptr;
+	_sName = sName;
+	_key = _pMgrEffects ? _pMgrEffects->CreateKey() : Key::Null();
+	_sNameMangled = sName + _key.ToString();
+	return true;
+}
+
+IParameter* PrototypeParameterInterface::_CreateUnsupported(Result* pResult) const
+{
+	ConsoleOf(_pMgrEffects)->Message("PrototypeParameterInterface::CreateParameter Not Supported\n");
+	if (pResult)
+		pResult->Add("Interface input \"%s\" can not be created yet", _sName.c_str());
+	return nullptr;
+}
+
+} // namespace Tarsel::Effects
