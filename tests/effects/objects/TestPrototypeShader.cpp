@@ -2,6 +2,7 @@
 
 #include "graph/Graph.h"
 #include "graph/ReferencePrototypeInterface.h"
+#include "objects/IMember.h"
 #include "objects/Library.h"
 #include "objects/PrototypeShader.h"
 
@@ -246,6 +247,27 @@ TEST_F(PrototypeTest, StaticInputsAreSetByNameOnTheClass)
 	EXPECT_EQ(gain, 3.0f);
 	EXPECT_FALSE(wood->SetParameter("roughness", 1.0f)); // per instance, not on the class
 	EXPECT_TRUE(console.HasMessage("PrototypeShader::_SetParameter Parameter Not Found (roughness)\n"));
+}
+
+TEST_F(PrototypeTest, ResizingAClassWideArrayRebuildsTheClassAndItsShaders)
+{
+	Load("h.tsl", "class Keeper\n{\n\tstatic float history[];\n\tfloat F() { return history[0]; }\n}\n");
+	IShader* shader = Create("Keeper");
+	ASSERT_NE(shader, nullptr);
+	PrototypeShader* keeper = Prototype("Keeper");
+	Counter<PrototypeShader*> classChanges;
+	PrototypeShader::ListenerChangeStructure classListener = classChanges.Delegate();
+	keeper->AddListenerChangeStructure(classListener);
+	Counter<IShader*> shaderChanges;
+	IShader::ListenerShader shaderListener = shaderChanges.Delegate();
+	shader->AddListenerChangeStructure(shaderListener);
+
+	ASSERT_TRUE(keeper->GetMember("history")->SetLength(3));
+	EXPECT_EQ(classChanges.n, 1);
+	EXPECT_EQ(shaderChanges.n, 1);
+	EXPECT_NE(keeper->GetStatic(), nullptr);
+	EXPECT_NE(keeper->GetTemplate(), nullptr);
+	EXPECT_EQ(CollectedNames(shader).functions.count(shader->GetMethodNameMangled("F")), 1u);
 }
 
 } // namespace

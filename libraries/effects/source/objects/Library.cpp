@@ -28,7 +28,8 @@ bool Library::Init(IMgrEffects* mgrEffects, const std::string& name, const std::
 	_pModule = new Module();
 	_sName = name;
 	std::vector<std::string> errors;
-	if (TslParser::Parse(_pModule, errors, name, source, lineOffset))
+	// Nodes keep a pointer to the name for their locations: it must live as long as the module.
+	if (TslParser::Parse(_pModule, errors, _sName, source, lineOffset))
 		return true;
 	// Added last to first, so that the printed result (which runs from the last message back) reads in order.
 	if (result)
