@@ -11,8 +11,9 @@
 #include "effects/IPrototypeShader.h"
 #include "effects/IShader.h"
 #include "effects/MgrEffects.h"
+#include "graph/IReferenceShader.h"
+#include "graph/ReferencePrototypeShader.h"
 #include "manager/MgrEffectsImpl.h"
-#include "objects/References.h"
 #include "quillon/Reference.h"
 #include "syntax/VisitorDelegate.h"
 
@@ -34,88 +35,11 @@ struct Counter
 	FastDelegate1<A, bool> Delegate() { return MakeDelegate(this, &Counter::On); }
 };
 
-// Per-graph references that only know their graph; each tells the factory when it goes.
-class FakeFactoryReferences : public IFactoryReferences
-{
-public:
-	template <class Base>
-	class Fake : public Base
-	{
-	public:
-		Fake(FakeFactoryReferences* factory, IGraph* graph) : _pFactory(factory), _pGraph(graph) {}
-		~Fake() override { ++_pFactory->nDestroyed; }
-		IGraph* GetGraph() const override { return _pGraph; }
-
-	private:
-		FakeFactoryReferences* _pFactory;
-		IGraph* _pGraph;
-	};
-	class FakePrototype : public Fake<ReferencePrototypeShader>
-	{
-	public:
-		using Fake::Fake;
-		IPrototypeShader* GetPrototypeShader() const override { return nullptr; }
-	};
-	class FakeInterface : public Fake<ReferencePrototypeInterface>
-	{
-	public:
-		using Fake::Fake;
-		bool AddReferencePrototypeShader(ReferencePrototypeShader* reference) override
-		{
-			vShaders.push_back(reference);
-			return true;
-		}
-		bool RemoveReferencePrototypeShader(ReferencePrototypeShader* reference) override
-		{
-			for (auto it = vShaders.begin(); it != vShaders.end(); ++it)
-				if (*it == reference)
-				{
-					vShaders.erase(it);
-					return true;
-				}
-			return false;
-		}
-		std::vector<ReferencePrototypeShader*> vShaders;
-	};
-
-	ReferencePrototypeShader* CreateReferencePrototypeShader(PrototypeShader*, IGraph* graph) override
-	{
-		return _Make<FakePrototype>(graph);
-	}
-	ReferencePrototypeInterface* CreateReferencePrototypeInterface(PrototypeInterface*,
-	                                                               IGraph* graph) override
-	{
-		return _Make<FakeInterface>(graph);
-	}
-	IReferenceShader* CreateReferenceShader(IShader*, IGraph* graph) override
-	{
-		return _Make<Fake<IReferenceShader>>(graph);
-	}
-
-	bool bFail = false;
-	int nCreated = 0;
-	int nDestroyed = 0;
-
-private:
-	template <class T>
-	T* _Make(IGraph* graph)
-	{
-		if (bFail)
-			return nullptr;
-		++nCreated;
-		return new T(this, graph);
-	}
-};
-
-// A manager on the reference device with a recording console and the reference double installed.
+// A manager on the reference device with a recording console.
 class ShaderTest : public ::testing::Test
 {
 protected:
-	ShaderTest()
-	{
-		mgr.Init(&console, &context, nullptr);
-		Impl()->SetFactoryReferences(&factory);
-	}
+	ShaderTest() { mgr.Init(&console, &context, nullptr); }
 	~ShaderTest() override { mgr.Shutdown(); }
 
 	MgrEffectsImpl* Impl() { return mgr.GetImplementation(); }
@@ -160,7 +84,6 @@ protected:
 	ReferenceContext context;
 	RecordingConsole console;
 	MgrEffects mgr;
-	FakeFactoryReferences factory;
 };
 
 // What a module holds, by name: function definitions, called functions and global declarations.

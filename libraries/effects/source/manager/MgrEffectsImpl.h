@@ -18,7 +18,6 @@ namespace Tarsel::Effects
 
 class Library;
 class IFactoryEffect;
-class IFactoryReferences;
 
 class MgrEffectsImpl : public IMgrEffects
 {
@@ -100,17 +99,6 @@ public:
 		return _mgrKeys.GetCount();
 	}
 
-	// Makes the per-graph references of prototypes and shaders; not owned. Without one, no graph can
-	// reference a shader.
-	void SetFactoryReferences(IFactoryReferences* factory)
-	{
-		_pFactoryReferences = factory;
-	}
-	IFactoryReferences* GetFactoryReferences() const
-	{
-		return _pFactoryReferences;
-	}
-
 	// Line-number correction of the text being loaded; maintained while files are spliced.
 	int GetLineOffset() const
 	{
@@ -185,7 +173,6 @@ private:
 		DefinedNames defined;
 	};
 	std::vector<TextInProgress> _vTextsInProgress;
-	IFactoryReferences* _pFactoryReferences = nullptr;
 };
 
 } // namespace Tarsel::Effects

@@ -1,9 +1,9 @@
 #include "objects/PrototypeInterface.h"
 
 #include "effects/IMgrEffects.h"
+#include "graph/ReferencePrototypeInterface.h"
 #include "manager/MgrEffectsImpl.h"
 #include "objects/Library.h"
-#include "objects/References.h"
 #include "syntax/Syntax.h"
 
 namespace Tarsel::Effects
@@ -37,13 +37,13 @@ ReferencePrototypeInterface* PrototypeInterface::GetReference(IGraph* graph)
 	auto found = _mReferences.find(graph);
 	if (found != _mReferences.end())
 		return found->second;
-	IMgrEffects* mgrEffects = GetMgrEffects();
-	IFactoryReferences* factory =
-	    mgrEffects ? mgrEffects->GetImplementation()->GetFactoryReferences() : nullptr;
-	ReferencePrototypeInterface* reference =
-	    factory ? factory->CreateReferencePrototypeInterface(this, graph) : nullptr;
-	if (reference)
-		_mReferences[graph] = reference;
+	ReferencePrototypeInterface* reference = new ReferencePrototypeInterface();
+	if (!reference->Init(this, graph))
+	{
+		delete reference;
+		return nullptr;
+	}
+	_mReferences[graph] = reference;
 	return reference;
 }
 

@@ -5,6 +5,8 @@
 #include "core/Assert.h"
 #include "core/Result.h"
 #include "effects/IParameter.h"
+#include "graph/ReferencePrototypeInterface.h"
+#include "graph/ReferencePrototypeShader.h"
 #include "manager/MgrEffectsImpl.h"
 #include "objects/Diagnostics.h"
 #include "objects/IMember.h"
@@ -23,7 +25,6 @@
 #include "objects/PrototypeParameterInterfaceSingle.h"
 #include "objects/PrototypeParameterValueArray.h"
 #include "objects/PrototypeParameterValueSingle.h"
-#include "objects/References.h"
 #include "objects/Shader.h"
 #include "syntax/VisitorDelegate.h"
 
@@ -648,14 +649,13 @@ ReferencePrototypeShader* PrototypeShader::AcquireReference(IGraph* graph)
 		++found->second.second;
 		return found->second.first;
 	}
-	IMgrEffects* mgrEffects = GetMgrEffects();
-	IFactoryReferences* factory =
-	    mgrEffects ? mgrEffects->GetImplementation()->GetFactoryReferences() : nullptr;
-	ReferencePrototypeShader* reference =
-	    factory ? factory->CreateReferencePrototypeShader(this, graph) : nullptr;
+	ReferencePrototypeShader* reference = new ReferencePrototypeShader();
 	// Nothing is recorded for a reference that cannot be made, so the next request tries again.
-	if (reference == nullptr)
+	if (!reference->Init(this, graph))
+	{
+		delete reference;
 		return nullptr;
+	}
 	if (_pPrototypeInterface)
 		if (ReferencePrototypeInterface* referenceInterface = _pPrototypeInterface->GetReference(graph))
 			referenceInterface->AddReferencePrototypeShader(reference);

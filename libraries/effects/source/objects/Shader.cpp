@@ -4,8 +4,9 @@
 
 #include "core/Result.h"
 #include "effects/IParameter.h"
+#include "graph/Graph.h"
+#include "graph/ReferenceShader.h"
 #include "objects/Diagnostics.h"
-#include "objects/Graph.h"
 #include "objects/IMember.h"
 #include "objects/IPrototypeMember.h"
 #include "objects/IPrototypeParameter.h"
@@ -13,7 +14,6 @@
 #include "objects/ModuleTransformer.h"
 #include "objects/ParameterCoord.h"
 #include "objects/PrototypeShader.h"
-#include "objects/References.h"
 #include "quillon/IQLPrimitive.h"
 #include "quillon/IQuillonContext.h"
 #include "syntax/VisitorDelegate.h"
@@ -416,11 +416,14 @@ IReferenceShader* Shader::AcquireReference(IGraph* graph)
 		++found->second.second;
 		return found->second.first;
 	}
-	IFactoryReferences* factory = GetMgrEffects()->GetImplementation()->GetFactoryReferences();
-	IReferenceShader* reference = factory ? factory->CreateReferenceShader(this, graph) : nullptr;
+	ReferenceShader* reference = new ReferenceShader();
 	// Nothing is recorded for a reference that cannot be made, so the next request tries again.
-	if (reference)
-		_mReferences[graph] = CountedReference(reference, 1);
+	if (!reference->Init(this, graph))
+	{
+		delete reference;
+		return nullptr;
+	}
+	_mReferences[graph] = CountedReference(reference, 1);
 	return reference;
 }
 
