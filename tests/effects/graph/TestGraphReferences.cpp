@@ -19,6 +19,14 @@ class Leaf : Node
 		return P * gain;
 	}
 }
+class Mapped : Node
+{
+	coord vec2 uv;
+	vec3 Shade(vec3 P)
+	{
+		return P * uv.x;
+	}
+}
 class Link : Node
 {
 	input Node next;
@@ -100,6 +108,30 @@ TEST_F(GraphReferenceTest, ApplyWritesEveryValueAndAChangeReappliesOnlyItsOwn)
 	EXPECT_EQ(primitive.GetWrites()[1].name.rfind("tint_k", 0), 0u);
 }
 
+TEST_F(GraphReferenceTest, ACoordinateBindsAnAttributeAndItsChangeRecompiles)
+{
+	IShader* mapped = Create("Mapped");
+	IGraph* graph = mapped->GetGraphSurface();
+	Result result;
+	EXPECT_FALSE(graph->Compile(&result));
+	EXPECT_TRUE(result.GetMessages().empty());
+	EXPECT_EQ(graph->GetQLShader(), nullptr);
+
+	ASSERT_TRUE(mapped->SetCoord(nullptr, "uv", "texcoord"));
+	Compile(graph);
+	EXPECT_TRUE(Contains(Text(graph), "varying vec2 texcoord;")) << Text(graph);
+	Counter<IGraph*> changed;
+	graph->AddListenerChangeStructure(changed.Delegate());
+	ASSERT_TRUE(mapped->SetCoord(nullptr, "uv", "st"));
+	EXPECT_FALSE(graph->IsCompiled());
+	EXPECT_GE(changed.n, 1);
+	EXPECT_EQ(graph->GetCountAttributes(), 1);
+	Compile(graph);
+	EXPECT_TRUE(Contains(Text(graph), "varying vec2 st;"));
+	EXPECT_FALSE(Contains(Text(graph), "texcoord"));
+	graph->RemoveListenerChangeStructure(changed.Delegate());
+}
+
 TEST_F(GraphReferenceTest, AGraphGrowsThroughConnectionsAndRecompilesAfterThem)
 {
 	IShader* link = CreateConnectable("Link");
@@ -127,6 +159,7 @@ TEST_F(GraphReferenceTest, AGraphGrowsThroughConnectionsAndRecompilesAfterThem)
 	Compile(graph);
 	EXPECT_FALSE(Contains(Text(graph), leaf->GetMethodNameMangled("Shade")));
 	EXPECT_TRUE(Contains(Text(graph), other->GetMethodNameMangled("Shade")));
+	graph->RemoveListenerChangeStructure(changed.Delegate());
 
 	// Destroying the connected shader leaves the graph incomplete, with nothing dangling.
 	mgr.DestroyShader(other);
