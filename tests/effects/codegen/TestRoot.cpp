@@ -6,20 +6,14 @@ namespace Tarsel::Effects::Testing
 namespace
 {
 
-const char* const kDeclarationsRay = R"(
-ivec4 g_rayDepthMax;
-int g_rayDepthMaxDummy;
-int g_rayDepthMaxTotal;
-float g_rayMinContrib;
-varying vec3 Normal;
-varying vec4 Position_WorldSpace;
-rayattribute int auxInfo;
-rayattribute vec3 color;
-rayattribute int depthInfo;
-rayattribute vec3 prefixPrimitiveAuxColor;
-rayattribute float prefixPrimitiveAuxFloat;
-rayattribute int samplingState;
-)";
+const std::string kGlobals = "\nivec4 g_rayDepthMax;\nint g_rayDepthMaxDummy;\nint g_rayDepthMaxTotal;\n"
+                             "float g_rayMinContrib;\n";
+const std::string kVaryings = "varying vec3 Normal;\nvarying vec4 Position_WorldSpace;\n";
+const std::string kRayAttributes =
+    "rayattribute int auxInfo;\nrayattribute vec3 color;\nrayattribute int depthInfo;\n"
+    "rayattribute vec3 prefixPrimitiveAuxColor;\n"
+    "rayattribute float prefixPrimitiveAuxFloat;\nrayattribute int samplingState;\n";
+const std::string kDeclarationsRay = kGlobals + kVaryings + kRayAttributes;
 
 const char* const kPrototypesAndEntriesWood = R"(
 int Wood_GetRayCount$s(int rayClass);
@@ -83,12 +77,12 @@ TEST_F(RootTest, SurfaceRootsCallInitAndEveryRayCountOnlyWhenTheClassHasThem)
 {
 	IGraph* wood = Create("Wood")->GetGraphSurface();
 	EffectDouble withBoth(&mgr, wood);
-	EXPECT_EQ(LinkedRoot(withBoth), Expand(kDeclarationsRay + std::string(kPrototypesAndEntriesWood), wood));
+	EXPECT_EQ(LinkedRoot(withBoth), Expand(kDeclarationsRay + (kPrototypesAndEntriesWood), wood));
 	EXPECT_EQ(withBoth.root->GetName(), wood->GetNameMangled() + "_root");
 
 	IGraph* bare = Create("Bare")->GetGraphSurface();
 	EffectDouble withNeither(&mgr, bare);
-	EXPECT_EQ(LinkedRoot(withNeither), Expand(kDeclarationsRay + std::string(R"(
+	EXPECT_EQ(LinkedRoot(withNeither), Expand(kDeclarationsRay + (R"(
 void Bare_Shade$s();
 void _ctor_instance$k();
 void _ctor_static$k();
@@ -112,10 +106,7 @@ TEST_F(RootTest, APrefixRootIsASurfaceRootWithoutVaryings)
 {
 	IGraph* graph = Create("Wood")->GetGraphPrefix();
 	EffectDouble effect(&mgr, graph);
-	std::string declarations = kDeclarationsRay;
-	declarations.erase(declarations.find("varying vec3"),
-	                   declarations.find("rayattribute") - declarations.find("varying vec3"));
-	EXPECT_EQ(LinkedRoot(effect), Expand(declarations + kPrototypesAndEntriesWood, graph));
+	EXPECT_EQ(LinkedRoot(effect), Expand(kGlobals + kRayAttributes + kPrototypesAndEntriesWood, graph));
 	EXPECT_EQ(CompilerShaderRootPrefixRay::GetType(), IQLShader::kType_PrefixRay);
 }
 
@@ -123,14 +114,7 @@ TEST_F(RootTest, AFrameRootCountsOneKindOfRayAndHasNoGlobalsOrConstructors)
 {
 	IGraph* camera = Create("Camera")->GetGraphFrame();
 	EffectDouble effect(&mgr, camera);
-	EXPECT_EQ(LinkedRoot(effect), Expand(R"(
-rayattribute int auxInfo;
-rayattribute vec3 color;
-rayattribute int depthInfo;
-rayattribute vec3 prefixPrimitiveAuxColor;
-rayattribute float prefixPrimitiveAuxFloat;
-rayattribute int samplingState;
-
+	EXPECT_EQ(LinkedRoot(effect), Expand("\n" + kRayAttributes + R"(
 int Camera_GetRayCount$s();
 void Camera_Init$s();
 void Camera_Render$s();

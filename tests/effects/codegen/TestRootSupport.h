@@ -15,53 +15,14 @@
 namespace Tarsel::Effects::Testing
 {
 
+// Roots with and without Init and GetRayCount, for ray and for frame stages.
 const char* const kEntryLibrary = R"(
-interface Surface
-{
-	void Shade();
-}
-class Wood : Surface
-{
-	void Init()
-	{
-	}
-	int GetRayCount(int rayClass)
-	{
-		return rayClass;
-	}
-	void Shade()
-	{
-	}
-}
-class Bare : Surface
-{
-	void Shade()
-	{
-	}
-}
-interface Renderer
-{
-	void Render();
-}
-class Camera : Renderer
-{
-	void Init()
-	{
-	}
-	int GetRayCount()
-	{
-		return 1;
-	}
-	void Render()
-	{
-	}
-}
-class Still : Renderer
-{
-	void Render()
-	{
-	}
-}
+interface Surface { void Shade(); }
+class Wood : Surface { void Init() {} int GetRayCount(int rayClass) { return rayClass; } void Shade() {} }
+class Bare : Surface { void Shade() {} }
+interface Renderer { void Render(); }
+class Camera : Renderer { void Init() {} int GetRayCount() { return 1; } void Render() {} }
+class Still : Renderer { void Render() {} }
 )";
 
 // Plays the part of an effect: owns the program, the root API shader and, for surfaces, the vertex policy,

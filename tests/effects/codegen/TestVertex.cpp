@@ -40,30 +40,13 @@ protected:
 		EXPECT_TRUE(vertex.IsCompiled());
 		return vertex.GetQLShader()->GetString();
 	}
-	// Names and counts as the visitor sees them.
-	std::string Names()
-	{
-		std::string names;
-		ShaderVertex::VisitorAttribute visitor = MakeDelegate(this, &VertexTest::_Name);
-		vertex.VisitAttributes(visitor);
-		return names = _sNames, _sNames.clear(), names;
-	}
 
 	ShaderVertex vertex;
-
-private:
-	bool _Name(const std::string& name, IAttributeVertex* attribute)
-	{
-		_sNames += name + ":" + attribute->GetNameAttribute() + ":" + attribute->GetNameVarying() + " ";
-		return true;
-	}
-	std::string _sNames;
 };
 
 TEST_F(VertexTest, BuiltInsOnlyGiveTheFixedProgram)
 {
 	EXPECT_EQ(Compiled(), kVertexBuiltIns);
-	EXPECT_EQ(Names(), "Normal:a_Normal:Normal Position:a_Position:Position_WorldSpace ");
 }
 
 TEST_F(VertexTest, AcquisitionsAreCountedByNameAndChecked)

@@ -23,7 +23,8 @@ ShaderVertex::~ShaderVertex()
 
 bool ShaderVertex::Init(IMgrEffects* mgrEffects, IQLProgram*)
 {
-	if (mgrEffects == nullptr || mgrEffects->GetQuillonContext() == nullptr)
+	// A second Init would lose the first API shader.
+	if (_pQLShader != nullptr || mgrEffects == nullptr || mgrEffects->GetQuillonContext() == nullptr)
 		return false;
 	_pMgrEffects = mgrEffects;
 	_pQLShader = mgrEffects->GetQuillonContext()->CreateShader(IQLShader::kType_Vertex);
