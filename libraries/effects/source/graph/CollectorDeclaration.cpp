@@ -1,5 +1,6 @@
 #include "graph/CollectorDeclaration.h"
 
+#include "codegen/IAttributeVertex.h"
 #include "syntax/Module.h"
 
 namespace Tarsel::Effects
@@ -12,6 +13,11 @@ bool CollectorDeclaration::Collect(TypeSpecifier type, const std::string& name)
 	declaration->SetStorageQualifier(_eQualifier);
 	_pModule->AddVariableDeclaration(_pModule->CreateDeclarationStatement(declaration));
 	return true;
+}
+
+bool CollectorDeclarationAttributeRay::CollectAttributeVertex(const std::string&, IAttributeVertex* attribute)
+{
+	return attribute->CollectDeclarationsRay(_pModule);
 }
 
 } // namespace Tarsel::Effects

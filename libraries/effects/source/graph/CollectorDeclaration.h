@@ -8,6 +8,7 @@
 namespace Tarsel::Effects
 {
 
+class IAttributeVertex;
 class Module;
 
 // Declares one global per visited (type, name) in a module, under a fixed storage qualifier. Bound into
@@ -57,6 +58,8 @@ public:
 
 	// A graph's own attribute records.
 	bool CollectAttribute(IGraph::Attribute attribute) { return Collect(attribute.type, attribute.name); }
+	// A vertex stage's attributes, which know their ray-side declaration.
+	bool CollectAttributeVertex(const std::string& name, IAttributeVertex* attribute);
 };
 
 } // namespace Tarsel::Effects
