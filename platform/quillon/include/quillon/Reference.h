@@ -86,6 +86,9 @@ public:
 	const std::vector<IQLShader*>& GetAttachedShaders() const { return _vAttached; }
 	// The attached shaders plus those the linker pulled in from the context, as of the last good link.
 	const std::vector<IQLShader*>& GetLinkedShaders() const { return _vLinked; }
+	// The compiled texts of the last good link; each holds its typed tree
+	// and stays valid while the program keeps this link, whatever happens to the shaders.
+	const std::vector<std::shared_ptr<const QLUnit>>& GetLinkedUnits() const { return _vLinkedUnits; }
 	// In location order.
 	const std::vector<QLVariable>& GetUniforms() const { return _vUniforms; }
 	const std::vector<QLVariable>& GetUniformBlocks() const { return _vUniformBlocks; }
@@ -105,6 +108,7 @@ private:
 	int _nLinks = 0;
 	std::vector<IQLShader*> _vAttached;
 	std::vector<IQLShader*> _vLinked;
+	std::vector<std::shared_ptr<const QLUnit>> _vLinkedUnits;
 	std::vector<QLVariable> _vUniforms;
 	std::vector<QLVariable> _vUniformBlocks;
 	std::vector<QLVariable> _vAttributes;
