@@ -107,6 +107,14 @@ public:
 	// Evaluations allowed per run before it stops with an error; the default is 10 million.
 	void SetStepBudget(uint64_t steps);
 
+	// Runs one invocation of a stage (IQLShader::kType_*) of a linked reference program: setup() when the
+	// stage defines it, then main(). Uniforms and uniform blocks hold the latest values the primitive
+	// recorded for the program (zero without a primitive); inputs.variables then override globals by name.
+	// False, with results.error, when the program is not linked, lacks the stage or main, names an
+	// unknown variable, or the run fails (step budget, index out of range).
+	bool Run(IQLProgram* program, int stage, const ReferencePrimitive* primitive, const QLRunInputs& inputs,
+	         QLRunResults& results);
+
 	// Internal state shared with the evaluator.
 	QlslRun::Machine& GetMachine() { return *_pMachine; }
 
