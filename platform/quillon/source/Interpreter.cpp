@@ -103,14 +103,7 @@ public:
 		_mTypes.emplace(std::string(symbol.name), symbol.type);
 		if (_rEvaluator.FindGlobal(symbol.name))
 			return;
-		const QLWrite* write = nullptr;
-		if (primitive && symbol.kind == Qlsl::kSymbol_Block)
-			write = primitive->Last(program.GetHandle(),
-			                        program.GetUniformBlockLocation(std::string(symbol.name).c_str()));
-		else if (primitive &&
-		         (symbol.storage == kQLStorage_Uniform || symbol.storage == kQLStorage_MutableUniform))
-			write = primitive->Last(program.GetHandle(),
-			                        program.GetUniformLocation(std::string(symbol.name).c_str()));
+		const QLWrite* write = primitive ? _Written(symbol, program, *primitive) : nullptr;
 		const ReferenceBuffer* buffer = write ? dynamic_cast<const ReferenceBuffer*>(write->buffer) : nullptr;
 		if (buffer)
 		{
@@ -188,6 +181,28 @@ public:
 	}
 
 private:
+	// The latest write of the name for the program, or one made while no program was current.
+	static const QLWrite* _Written(const Qlsl::Symbol& symbol, ReferenceProgram& program,
+	                               const ReferencePrimitive& primitive)
+	{
+		std::string name(symbol.name);
+		int location = -1;
+		if (symbol.kind == Qlsl::kSymbol_Block)
+			location = program.GetUniformBlockLocation(name.c_str());
+		else if (symbol.storage == kQLStorage_Uniform || symbol.storage == kQLStorage_MutableUniform)
+			location = program.GetUniformLocation(name.c_str());
+		if (location < 0)
+			return nullptr;
+		// Uniforms and blocks are numbered apart, so one location may carry both kinds of write.
+		const std::vector<QLWrite>& writes = primitive.GetWrites();
+		for (auto write = writes.rbegin(); write != writes.rend(); ++write)
+			if (write->location == location && write->name == name &&
+			    (write->program == program.GetHandle() || write->program == 0) &&
+			    (write->setter == kQLSetter_UniformBlock) == (symbol.kind == Qlsl::kSymbol_Block))
+				return &*write;
+		return nullptr;
+	}
+
 	template <class T>
 	void _Put(const char* name, const T* values, int count)
 	{
