@@ -92,9 +92,11 @@ bool Scopes::DefineAggregate(Aggregate* aggregate, const Token& name, std::vecto
 	return true;
 }
 
+// An aggregate counts once defined: a redefinition is reported where the second definition stands.
 bool Scopes::_IsGlobalName(std::string_view name) const
 {
-	return _mGlobals.count(name) || _mFunctions.count(name) || _mAggregates.count(name);
+	const Aggregate* aggregate = FindAggregate(name);
+	return _mGlobals.count(name) || _mFunctions.count(name) || (aggregate && aggregate->defined);
 }
 
 Symbol* Scopes::DeclareGlobal(const Token& name, const Type& type, QLStorage storage, bool isConst,
@@ -149,7 +151,8 @@ Function* Scopes::DeclareFunction(const Token& name, const Type& returnType, std
 			signature += ",";
 		signature += parameter->type.Name(false) + (parameter->type.array ? "[]" : "");
 	}
-	if (_mGlobals.count(name.text) || _mAggregates.count(name.text))
+	const Aggregate* aggregate = FindAggregate(name.text);
+	if (_mGlobals.count(name.text) || (aggregate && aggregate->defined))
 	{
 		_rDiagnostics.Error(name.line, Quote(name.text) + " : redefinition");
 		return nullptr;
