@@ -62,11 +62,38 @@ Aggregate* Scopes::FindAggregate(std::string_view name) const
 	return it == _mAggregates.end() ? nullptr : it->second;
 }
 
+// Whether members reach the aggregate through members of members; walked without recursion.
+bool Scopes::_Contains(const std::vector<Member>& members, const Aggregate* aggregate)
+{
+	std::vector<const Member*> pending;
+	std::unordered_set<const Aggregate*> seen;
+	for (const Member& member : members)
+		pending.push_back(&member);
+	while (!pending.empty())
+	{
+		const Aggregate* inner = pending.back()->type.aggregate;
+		pending.pop_back();
+		if (inner == aggregate)
+			return true;
+		if (inner && seen.insert(inner).second)
+		{
+			for (const Member& member : inner->members)
+				pending.push_back(&member);
+		}
+	}
+	return false;
+}
+
 bool Scopes::DefineAggregate(Aggregate* aggregate, const Token& name, std::vector<Member>& members)
 {
 	if (aggregate->defined || _mGlobals.count(name.text) || _mFunctions.count(name.text))
 	{
 		_rDiagnostics.Error(name.line, Quote(name.text) + " : redefinition");
+		return false;
+	}
+	if (_Contains(members, aggregate))
+	{
+		_rDiagnostics.Error(name.line, Quote(name.text) + " : structure contains itself");
 		return false;
 	}
 	aggregate->defined = true;
