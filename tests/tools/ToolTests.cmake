@@ -68,3 +68,16 @@ tarsel_fx_test(links_surface_program 0 TOOL qlsl-check
                EXPECT "linked 3 shader" "vec3 +color_k1f_k2b")
 tarsel_fx_test(reports_undeclared_identifier 1 TOOL qlsl-check ARGS ${_fx_data}/undeclared.qlray
                EXPECT "undeclared\\.qlray: ERROR: String 0 Line 6: 'y' : undeclared identifier")
+
+# The interpreter's runner: a surface program accumulates and counts its rays; a runaway loop stops with the step budget.
+tarsel_fx_test(runs_surface_program 0 TOOL qlsl-run
+               ARGS ${_ql_data}/surface_root.qlray ${_ql_data}/surface_graph.qlray ${_ql_data}/surface.qlvert
+                    --uniform color_k1f_k2b=1,0.5,0.25 --input Normal=0,0,1
+               EXPECT "ray stage: [0-9]+ steps" "accumulate 3 \\(0, 0, 0, 0\\)" "ql_OutputRayCount 3 0 0 0 0 0 0 0")
+tarsel_fx_test(runs_vertex_stage 0 TOOL qlsl-run
+               ARGS ${_ql_data}/surface_root.qlray ${_ql_data}/surface_graph.qlray ${_ql_data}/surface.qlvert
+                    --stage vertex --input a_Position=1,2,3 --input a_Normal=0,1,0
+               EXPECT "ql_Position \\(1, 2, 3, 1\\)" "Normal \\(0, 1, 0\\)")
+tarsel_fx_test(run_unknown_uniform 1 TOOL qlsl-run ARGS ${_ql_data}/surface_root.qlray ${_ql_data}/surface_graph.qlray
+               --uniform colour=1 EXPECT "'colour' is not a uniform of the program")
+tarsel_fx_test(run_usage 2 TOOL qlsl-run ARGS --uniform EXPECT "--uniform needs a value" "usage: qlsl-run")
