@@ -1,4 +1,5 @@
 #include "QlslUnit.h"
+#include "quillon/FaultInjection.h"
 #include "quillon/Reference.h"
 
 #include <algorithm>
@@ -307,6 +308,8 @@ void ReferenceProgram::SetName(const std::string& name)
 
 bool ReferenceProgram::AttachShader(IQLShader* shader)
 {
+	if (QLFaultInjection::Fail("AttachShader"))
+		return false;
 	if (!dynamic_cast<ReferenceShader*>(shader) ||
 	    std::find(_vAttached.begin(), _vAttached.end(), shader) != _vAttached.end())
 	{
@@ -343,6 +346,8 @@ bool ReferenceProgram::Link(std::vector<std::string>& errors)
 	_vUniforms.clear();
 	_vUniformBlocks.clear();
 	_vAttributes.clear();
+	if (QLFaultInjection::Fail("Link", &errors))
+		return false;
 	if (_pContext->ConsumeFailLink())
 	{
 		errors.push_back("ERROR: Link: failure injected");

@@ -28,8 +28,14 @@ public:
 		TARSEL_ASSERT(nValues >= 0);
 		nValues = std::max(nValues, 0);
 		_nValues = nValues;
-		if (_SetLength(nValues) && nValues > 0)
-			_Write([&](Stored* pData) { std::fill(pData, pData + nValues, Traits::ToBuffer(tDefault)); });
+		if (_SetLength(nValues) && nValues > 0 &&
+		    !_Write([&](Stored* pData) { std::fill(pData, pData + nValues, Traits::ToBuffer(tDefault)); }))
+		{
+			// Without its defaults the buffer holds no valid value: it is given up like a refused one.
+			GetMgrConsole()->Message("ValueBuffer<T>::ValueBuffer Write Defaults\n");
+			_pContext->DestroyBuffer(_pBuffer);
+			_pBuffer = nullptr;
+		}
 	}
 	~ValueBuffer() override
 	{
