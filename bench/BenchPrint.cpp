@@ -72,8 +72,32 @@ void BM_PrintModule(benchmark::State& state)
 	state.counters["output_MB"] = static_cast<double>(nBytes) / 1e6;
 }
 
+// One statement holding a left-nested chain a0 - a1 + a2 ... of the given length, printed in a loop: time
+// per term must not grow with the chain.
+void BM_PrintLeftChain(benchmark::State& state)
+{
+	const int nTerms = static_cast<int>(state.range(0));
+	std::unique_ptr<Module> pModule(Module::Create());
+	Expression* pChain = pModule->CreateVariable(pModule->CreateString("a0"));
+	for (int i = 1; i < nTerms; ++i)
+		pChain = pModule->CreateBinaryOperator(
+		    i % 2 ? kOperator_Subtract : kOperator_Add, pChain,
+		    pModule->CreateUnaryOperator(
+		        kOperator_Subtract, pModule->CreateVariable(pModule->CreateString("a" + std::to_string(i)))));
+	Statement* pStatement = pModule->CreateExpressionStatement(pChain);
+	pModule->AddStatement(pStatement);
+	for (auto _ : state)
+	{
+		VisitorPrintTsl printer(nullptr, nullptr, false);
+		benchmark::DoNotOptimize(pStatement->AcceptVisitor(&printer, nullptr));
+		benchmark::DoNotOptimize(printer.result().data());
+	}
+	state.SetItemsProcessed(state.iterations() * nTerms);
+}
+
 } // namespace
 
 BENCHMARK(BM_PrintModule)->Arg(100)->Arg(1000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_PrintLeftChain)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 
 BENCHMARK_MAIN();

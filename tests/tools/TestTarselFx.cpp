@@ -143,5 +143,12 @@ TEST_F(TarselFxRun, PreprocessWritesOnlyTheTextToOut)
 	EXPECT_NE(AllConsole().find("Condition Stack mismatch"), std::string::npos);
 }
 
+TEST_F(TarselFxRun, PrintThatFailsWritesNothingToOut)
+{
+	EXPECT_EQ(RunCommand(Command::kPrint, {TARSEL_TEST_DATA_DIR "/print/failing/unresolved_method.tsl"}), 1);
+	EXPECT_EQ(_out.str(), "");
+	EXPECT_NE(AllConsole().find("Class \"a\" cannot be found."), std::string::npos) << AllConsole();
+}
+
 } // namespace
 } // namespace Tarsel::Fx

@@ -218,3 +218,75 @@ TEST(PrintLayout, VertexShader)
 	EXPECT_NE(sText.find("\tuv = (mat3(ql_PrimitiveTransformMatrix)*a_uv);\n"), std::string::npos);
 	EXPECT_EQ(CompileOnDevice(sText, IQLShader::kType_Vertex), kNoErrors);
 }
+
+// Which node owns each line decides where a device error is reported: pinned byte for byte for the
+// lines of if/else, for, do-while, break, a precision and the parameter qualifiers.
+TEST(PrintLayout, LineOwnersOfControlFlow)
+{
+	Tree t;
+	Type* pLow = t.m->CreateType(kType_Int);
+	pLow->SetPrecisionQualifier(kPrecision_Low);
+	FunctionPrototype* pPrototype = t.Proto(kType_Void, "f",
+	                                        {t.Parameter(t.m->CreateType(kType_Float), "w", kParameter_Out),
+	                                         t.Parameter(pLow, "n", kParameter_InOut),
+	                                         t.Parameter(t.m->CreateType(kType_Float), "x", kParameter_In)});
+	Type* pLowFloat = t.m->CreateType(kType_Float);
+	pLowFloat->SetPrecisionQualifier(kPrecision_Low);
+	Statement* pLocal = t.m->CreateDeclarationStatement(t.Decl(pLowFloat, "y", t.V("x")));
+	Statement* pThen = t.E(t.Set(t.V("w"), t.F("1.0")));
+	Statement* pElse = t.E(t.Set(t.V("w"), t.F("2.0")));
+	Statement* pIf = t.If(t.V("a"), pThen, pElse);
+	Statement* pBreak = t.m->CreateJumpStatement(kJump_Break, nullptr);
+	Statement* pInnerIf = t.If(t.V("b"), pBreak);
+	CompoundStatement* pLoopBody = t.Block({pInnerIf});
+	ForStatement* pFor = t.m->CreateForStatement(t.m->CreatePostOperator(kOperator_Increment, t.V("i")));
+	Statement* pInit = t.Local(kType_Int, "i", t.I(0));
+	pFor->SetInitialization(pInit);
+	pFor->SetCondition(t.m->CreateCondition(t.Op(kOperator_Less, t.V("i"), t.I(3))));
+	pFor->SetStatement(pLoopBody);
+	Statement* pIncrement = t.E(t.m->CreatePostOperator(kOperator_Increment, t.V("n")));
+	CompoundStatement* pDoBody = t.Block({pIncrement});
+	Expression* pWhile = t.Op(kOperator_Less, t.V("n"), t.I(3));
+	Statement* pDo = t.m->CreateDoWhileStatement(pDoBody, pWhile);
+	FunctionDefinition* pDefinition = t.Define(pPrototype, {pLocal, pIf, pFor, pDo});
+	Syntax* pBody = pDefinition->GetCompoundStatement();
+	Syntax* pModule = t.m.get();
+
+	const std::vector<std::pair<const char*, Syntax*>> vLines = {
+	    {"", pModule},
+	    {"", pModule},
+	    {"", pModule},
+	    {"void f(out float w, inout lowp int n, float x)", pPrototype},
+	    {"{", pBody},
+	    {"\tlowp float y = x;", pLocal},
+	    {"\tif (a)", pIf},
+	    {"\t\tw = 1.0;", pThen},
+	    {"", pThen},
+	    {"\telse", pElse},
+	    {"\t\tw = 2.0;", pElse},
+	    {"\tfor(\tint i = 0;", pInit},
+	    {"\t(i<3);i++)", pFor},
+	    {"\t{", pLoopBody},
+	    {"\t\tif (b)", pInnerIf},
+	    {"\t\t\tbreak;", pBreak},
+	    {"\t}", pLoopBody},
+	    {"\tdo", pDo},
+	    {"\t{", pDoBody},
+	    {"\t\tn++;", pIncrement},
+	    {"\t}", pDoBody},
+	    {"\twhile((n<3));", pDo},
+	    {"}", pBody},
+	    {"", pBody},
+	    {"", pModule},
+	};
+	VisitorPrintTsl printer(nullptr, nullptr, false);
+	ASSERT_TRUE(printer.Visit(t.m.get()));
+	std::string sExpected;
+	for (size_t i = 0; i < vLines.size(); ++i)
+	{
+		sExpected += vLines[i].first + std::string(i + 1 < vLines.size() ? "\n" : "");
+		EXPECT_EQ(printer.GetSyntaxForLine(int(i) + 1), vLines[i].second)
+		    << "line " << i + 1 << ": " << vLines[i].first;
+	}
+	EXPECT_EQ(printer.result(), sExpected);
+}

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <fstream>
 #include <memory>
 #include <sstream>
@@ -9,6 +11,7 @@
 #include "codegen/VisitorPrintTsl.h"
 #include "quillon/Reference.h"
 #include "syntax/Syntax.h"
+#include "syntax/TslParser.h"
 
 namespace Tarsel::Effects::Testing
 {
@@ -23,6 +26,17 @@ struct Tree
 	IntConstant* I(long i) { return m->CreateIntConstant(i); }
 	FloatConstant* F(const char* pText) { return m->CreateFloatConstant(S(pText)); }
 	Expression* Op(Operator e, Expression* pL, Expression* pR) { return m->CreateBinaryOperator(e, pL, pR); }
+	// Hands a node printed on its own to the module, which deletes it.
+	Expression* Keep(Expression* p) { return m->AddExpression(p), p; }
+	Statement* Keep(Statement* p) { return m->AddStatement(p), p; }
+	Expression* Un(Operator e, Expression* p) { return m->CreateUnaryOperator(e, p); }
+	Expression* Post(Operator e, Expression* p) { return m->CreatePostOperator(e, p); }
+	Expression* Cond(Expression* pC, Expression* pT, Expression* pF)
+	{
+		return m->CreateConditional(pC, pT, pF);
+	}
+	Expression* Field(Expression* p, const char* pField) { return m->CreateFieldSelection(p, S(pField)); }
+	Expression* Sub(Expression* pArray, Expression* pIndex) { return m->CreateSubscript(pArray, pIndex); }
 	Expression* Set(Expression* pL, Expression* pR, Operator e = kOperator_Assign)
 	{
 		return m->CreateAssignment(e, pL, pR);
@@ -101,6 +115,50 @@ struct Tree
 		return pDefinition;
 	}
 };
+
+// The text of one expression or statement printed on its own.
+template <class Base>
+std::string PrintNodeAs(Base* pNode, bool bExpectSuccess = true)
+{
+	VisitorPrintTsl printer(nullptr, nullptr, false);
+	EXPECT_EQ(pNode->AcceptVisitor(&printer, static_cast<TIParentSyntax<Base>*>(nullptr)), bExpectSuccess);
+	return printer.result();
+}
+inline std::string PrintNode(Expression* pNode)
+{
+	return PrintNodeAs<Expression>(pNode);
+}
+inline std::string PrintNode(Statement* pNode)
+{
+	return PrintNodeAs<Statement>(pNode);
+}
+
+// Parses text that holds one lone expression ("{e}") or statement ("[s]") into the module; null when the
+// text does not parse.
+inline bool ParseInto(Module* pModule, const std::string& sText)
+{
+	std::vector<std::string> vErrors;
+	const bool bParsed = TslParser::Parse(pModule, vErrors, "printed", sText, 0);
+	for (const std::string& sError : vErrors)
+		ADD_FAILURE() << sError << " in " << sText;
+	return bParsed;
+}
+
+inline Expression* ParseExpression(Module* pModule, const std::string& sText)
+{
+	const size_t nBefore = pModule->GetExpressions().size();
+	return ParseInto(pModule, "{" + sText + "}") && pModule->GetExpressions().size() == nBefore + 1
+	           ? pModule->GetExpressions().back()
+	           : nullptr;
+}
+
+inline Statement* ParseStatement(Module* pModule, const std::string& sText)
+{
+	const size_t nBefore = pModule->GetStatements().size();
+	return ParseInto(pModule, "[" + sText + "]") && pModule->GetStatements().size() == nBefore + 1
+	           ? pModule->GetStatements().back()
+	           : nullptr;
+}
 
 inline std::string ReadFile(const std::string& sPath)
 {

@@ -60,49 +60,170 @@ struct StorageFixture : ::testing::Test
 	}
 	std::unique_ptr<IStorage> Buffer(TypeSpecifier eType, int nValues, bool bResizable = true)
 	{
-		return std::unique_ptr<IStorage>(CreateStorageBuffer(&manager, &owner, eType, nValues, bResizable));
+		std::unique_ptr<IStorage> pStorage(CreateStorageBuffer(&manager, &owner, eType, nValues, bResizable));
+		if (pStorage)
+		{
+			pStorage->AddListenerChangeValue(MakeDelegate(this, &StorageFixture::OnChangeValue));
+			pStorage->AddListenerChangeLength(MakeDelegate(this, &StorageFixture::OnChangeLength));
+		}
+		return pStorage;
 	}
 };
+// A linked program made current, so that the primitive checks every write against the program's uniforms
+// by location, name, type and size.
+class CurrentProgram
+{
+public:
+	CurrentProgram(ReferenceContext& context, const std::string& sText) : _context(context)
+	{
+		IQLShader* pShader = context.CreateShader(IQLShader::kType_Ray);
+		std::vector<std::string> vErrors;
+		pShader->SetString(sText, vErrors);
+		_pProgram = context.CreateProgram();
+		_pProgram->AttachShader(pShader);
+		_pProgram->Link(vErrors);
+		for (const std::string& sError : vErrors)
+			ADD_FAILURE() << sError;
+		qlUseProgram(_pProgram);
+	}
+	~CurrentProgram()
+	{
+		qlUseProgram(nullptr);
+		_context.DestroyProgram(_pProgram);
+	}
+	bool IsLinked() const { return _pProgram->IsLinked(); }
+	int Uniform(const char* pName) const { return _pProgram->GetUniformLocation(pName); }
+	int Block(const char* pName) const { return _pProgram->GetUniformBlockLocation(pName); }
+
+private:
+	ReferenceContext& _context;
+	IQLProgram* _pProgram;
+};
+
+const char* const kUniforms = R"(uniform int count_k1;
+uniform bool flag_k2;
+uniform bool flags_k3[3];
+uniform float gain_k4;
+uniform float gains_k5[2];
+uniform vec3 color_k6;
+uniform ivec2 cells_k7[2];
+uniform mat4 xform_k8;
+uniform primitive target_k9;
+uniform sampler2D grain_k10;
+uniformblock colors_k1_k2
+{
+	float a[1];
+};
+
+void main()
+{
+}
+)";
+
 } // namespace
 
-// Each element type must reach the one setter the program's uniform type accepts.
-TEST_F(StorageFixture, SeparateApplyPicksTheSetterPerType)
+// Each element type must reach the one setter the program's uniform type accepts. Under a current program
+// the device refuses any write whose setter, name or size does not fit the uniform.
+TEST_F(StorageFixture, ApplyUnderALinkedProgram)
 {
+	CurrentProgram program(context, kUniforms);
+	ASSERT_TRUE(program.IsLinked());
+	auto Apply = [&](IStorage& storage, const char* pName)
+	{
+		const int iLocation = program.Uniform(pName);
+		EXPECT_GE(iLocation, 0) << pName;
+		EXPECT_TRUE(storage.Apply(&primitive, nullptr, pName, iLocation)) << pName;
+		return iLocation;
+	};
+
+	auto pInt = Separate(kType_Int, 1);
+	ASSERT_TRUE(pInt->Set(-3, 0));
+	EXPECT_EQ("", primitive.ExpectInt(Apply(*pInt, "count_k1"), -3));
 	auto pBool = Separate(kType_Bool, 1);
 	ASSERT_TRUE(pBool->Set(true, 0));
-	ASSERT_TRUE(pBool->Apply(&primitive, nullptr, "flag", 1));
-	EXPECT_EQ("", primitive.ExpectInt(1, 1));
-
+	EXPECT_EQ("", primitive.ExpectInt(Apply(*pBool, "flag_k2"), 1));
 	auto pBools = Separate(kType_Bool, 3);
-	const bool aBools[3] = {true, false, true};
+	const bool aBools[3] = {false, true, true};
 	ASSERT_TRUE(pBools->Set(aBools, 3));
-	ASSERT_TRUE(pBools->Apply(&primitive, nullptr, "flags", 2));
-	EXPECT_EQ("", primitive.ExpectInts(2, {1, 0, 1}));
-
+	EXPECT_EQ("", primitive.ExpectInts(Apply(*pBools, "flags_k3"), {0, 1, 1}));
 	auto pFloat = Separate(kType_Float, 1);
-	ASSERT_TRUE(pFloat->Set(0.25f, 0));
-	ASSERT_TRUE(pFloat->Apply(&primitive, nullptr, "gain", 3));
-	EXPECT_EQ("", primitive.ExpectFloat(3, 0.25f));
+	ASSERT_TRUE(pFloat->Set(0.75f, 0));
+	EXPECT_EQ("", primitive.ExpectFloat(Apply(*pFloat, "gain_k4"), 0.75f));
+	auto pFloats = Separate(kType_Float, 2);
+	EXPECT_EQ("", primitive.ExpectFloats(Apply(*pFloats, "gains_k5"), {0.0f, 0.0f}));
+	auto pColor = Separate(kType_Vec3, 1);
+	EXPECT_EQ("", primitive.ExpectArray<Vector3f>(Apply(*pColor, "color_k6"), {Vector3f()}));
+	auto pCells = Separate(kType_IVec2, 2);
+	ASSERT_TRUE(pCells->Set(Vector2i(4, 5), 1));
+	EXPECT_EQ("", primitive.ExpectArray<Vector2i>(Apply(*pCells, "cells_k7"), {Vector2i(), Vector2i(4, 5)}));
+	auto pMatrix = Separate(kType_Mat4, 1);
+	EXPECT_EQ("", primitive.ExpectArray<Matrix44f>(Apply(*pMatrix, "xform_k8"), {Matrix44f()}));
+	auto pTarget = Separate(kType_Primitive, 1);
+	ASSERT_TRUE(pTarget->Set(QLprimitive(9), 0));
+	EXPECT_EQ("", primitive.ExpectArray<QLprimitive>(Apply(*pTarget, "target_k9"), {QLprimitive(9)}));
+	auto pGrain = Separate(kType_Sampler2D, 1);
+	QLtexture* pTexture = reinterpret_cast<QLtexture*>(&primitive);
+	ASSERT_TRUE(pGrain->Set(pTexture, 0));
+	EXPECT_EQ("", primitive.ExpectArray<QLtexture*>(Apply(*pGrain, "grain_k10"), {pTexture}));
 
-	auto pInts = Separate(kType_Int, 2);
-	ASSERT_TRUE(pInts->Apply(&primitive, nullptr, "counts", 4));
-	EXPECT_EQ("", primitive.ExpectInts(4, {0, 0}));
+	auto pBlock = Buffer(kType_Float, 4);
+	const int iBlock = program.Block("colors_k1_k2");
+	ASSERT_GE(iBlock, 0);
+	ASSERT_TRUE(pBlock->Apply(&primitive, nullptr, "ignored", iBlock));
+	EXPECT_EQ("", primitive.ExpectBlock(iBlock, static_cast<IValueBuffer*>(pBlock->GetValue())->GetBuffer()));
+	EXPECT_TRUE(primitive.GetViolations().empty()) << primitive.GetViolations().front();
 
-	auto pVec3 = Separate(kType_Vec3, 1);
-	ASSERT_TRUE(pVec3->Set(Vector3f(1, 2, 3), 0));
-	ASSERT_TRUE(pVec3->Apply(&primitive, nullptr, "color_k2a", 5));
-	EXPECT_EQ("", primitive.ExpectArray<Vector3f>(5, {Vector3f(1, 2, 3)}));
-	EXPECT_EQ("color_k2a", primitive.Last(5)->name);
-
-	Matrix44f rows;
-	rows(0, 1) = 3.0f;
-	auto pMat4 = Separate(kType_Mat4, 1);
-	ASSERT_TRUE(pMat4->Set(rows, 0));
-	ASSERT_TRUE(pMat4->Apply(&primitive, nullptr, "xform", 6));
-	EXPECT_EQ("", primitive.ExpectArray<Matrix44f>(6, {rows}));
-
+	// The checks are live: a value under another uniform's location is refused.
+	EXPECT_FALSE(pColor->Apply(&primitive, nullptr, "color_k6", program.Uniform("gain_k4")));
+	EXPECT_EQ(1u, primitive.GetViolations().size());
 	primitive.RefuseAll();
-	EXPECT_FALSE(pVec3->Apply(&primitive, nullptr, "color_k2a", 5));
+	EXPECT_FALSE(pColor->Apply(&primitive, nullptr, "color_k6", program.Uniform("color_k6")));
+}
+
+// Every write that reaches the buffer tells the change-value listeners once; refused ones tell nobody.
+TEST_F(StorageFixture, BufferStorageTellsListeners)
+{
+	auto pStorage = Buffer(kType_Vec4, 2);
+	ASSERT_TRUE(pStorage->Set(Vector4f(1, 2, 3, 4), 1));
+	const Vector4f aTwo[2] = {Vector4f(5, 5, 5, 5), Vector4f(6, 6, 6, 6)};
+	ASSERT_TRUE(pStorage->Set(aTwo, 2));
+	EXPECT_FALSE(pStorage->Set(Vector4f(), 2));
+	EXPECT_FALSE(pStorage->Set(aTwo, 3));
+	EXPECT_EQ(2, nChangesValue);
+
+	ASSERT_TRUE(pStorage->SetLength(5));
+	ASSERT_TRUE(pStorage->SetLength(0));
+	EXPECT_EQ((std::vector<int>{5, 0}), vLengths);
+
+	pStorage->RemoveListenerChangeValue(MakeDelegate(this, &StorageFixture::OnChangeValue));
+	ASSERT_TRUE(pStorage->SetLength(1));
+	ASSERT_TRUE(pStorage->Set(Vector4f(), 0));
+	EXPECT_EQ(2, nChangesValue);
+}
+
+// A buffer that refuses new storage leaves the length as it was, and says why.
+TEST_F(StorageFixture, BufferInitRefusalKeepsTheLength)
+{
+	auto pStorage = Buffer(kType_Float, 2);
+	const float aTwo[2] = {1.5f, 2.5f};
+	ASSERT_TRUE(pStorage->Set(aTwo, 2));
+	IQLBuffer* pBuffer = static_cast<IValueBuffer*>(pStorage->GetValue())->GetBuffer();
+	{
+		// The device refuses to re-specify a mapped buffer.
+		QLBufferMapping held(pBuffer, QLBufferMapping::kAccess_Write);
+		EXPECT_FALSE(pStorage->SetLength(3));
+		EXPECT_TRUE(console.HasMessage("ValueBuffer<T>::_SetLength Buffer Init\n"));
+		EXPECT_FALSE(pStorage->Set(3.5f, 0));
+		EXPECT_TRUE(console.HasMessage("ValueBuffer<float>::Set Map Refused\n"));
+	}
+	EXPECT_EQ(2, pStorage->GetLength());
+	EXPECT_TRUE(vLengths.empty());
+	float read = 0;
+	ASSERT_TRUE(pStorage->Get(read, 1));
+	EXPECT_EQ(2.5f, read);
+
+	EXPECT_EQ(nullptr, Buffer(kType_Float, -1));
+	EXPECT_TRUE(asserts.HasExpression("nValues >=0"));
 }
 
 TEST_F(StorageFixture, SeparateSetAndLengthTellListeners)
@@ -217,6 +338,25 @@ public:
 	explicit ParameterSingle(IStorage* pStorage) { _pStorage = pStorage; }
 };
 } // namespace
+
+// A parameter whose Init failed, or that was shut down, has no storage: every form answers false.
+TEST_F(StorageFixture, AccessorLayersWithoutStorageAnswerFalse)
+{
+	ParameterValueSingleAccessors<ParameterSingle> parameter(nullptr);
+	ParameterShape& shape = parameter;
+	EXPECT_FALSE(shape.Set(0.5f));
+	float read = 0;
+	EXPECT_FALSE(shape.Get(read));
+	EXPECT_FALSE(parameter.Set(Vector3f(), 0));
+	EXPECT_FALSE(parameter.Set(Matrix33f()));
+	EXPECT_FALSE(parameter.Set(7, 0));
+	Vector2i cells;
+	EXPECT_FALSE(parameter.Get(cells));
+	QLtexture* pTexture = nullptr;
+	EXPECT_FALSE(parameter.Get(pTexture, 0));
+	EXPECT_FALSE(parameter.Apply(&primitive, nullptr, 9));
+	EXPECT_TRUE(primitive.GetWrites().empty());
+}
 
 TEST_F(StorageFixture, AccessorLayersForwardToStorage)
 {

@@ -174,6 +174,26 @@ TEST_F(ValueFixture, BufferWithoutDeviceBufferNeverWrites)
 	EXPECT_EQ(3, buffer.GetLength());
 	EXPECT_TRUE(console.HasMessage("ValueBuffer<T>::_SetLength CreateBuffer\n"));
 	EXPECT_FALSE(buffer.Set(2.0f, 0));
+	EXPECT_TRUE(console.HasMessage("ValueBuffer<float>::Set No Buffer\n"));
+	const float aTwo[2] = {2.0f, 3.0f};
+	EXPECT_FALSE(buffer.SetArray(aTwo, 2));
+	EXPECT_TRUE(console.HasMessage("ValueBuffer<float>::SetArray No Buffer\n"));
 	EXPECT_EQ(1.0f, buffer.Get(0));
 	EXPECT_TRUE(context.GetMessages().empty());
+}
+
+// A mapping the device refuses fails the write, leaves the bytes as they were and says so.
+TEST_F(ValueFixture, BufferWritesRefusedByTheDeviceSaySo)
+{
+	ValueBuffer<int> buffer(&context, 2, true, 4);
+	const int aTwo[2] = {5, 6};
+	{
+		QLBufferMapping held(buffer.GetBuffer(), QLBufferMapping::kAccess_Read);
+		EXPECT_FALSE(buffer.Set(1, 0));
+		EXPECT_FALSE(buffer.SetArray(aTwo, 2));
+	}
+	EXPECT_TRUE(console.HasMessage("ValueBuffer<int>::Set Map Refused\n"));
+	EXPECT_TRUE(console.HasMessage("ValueBuffer<int>::SetArray Map Refused\n"));
+	EXPECT_EQ(4, Stored<int32_t>(buffer.GetBuffer(), 0));
+	EXPECT_EQ(4, Stored<int32_t>(buffer.GetBuffer(), 1));
 }

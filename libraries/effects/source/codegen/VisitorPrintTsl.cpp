@@ -5,9 +5,13 @@
 #include "effects/IMgrEffects.h"
 
 #include <algorithm>
+#include <cctype>
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
+#include <iterator>
 
 namespace Tarsel::Effects
 {
@@ -68,6 +72,111 @@ const char* ConstructorName(const Type* pType)
 	return eType >= kType_Float && eType <= kType_Mat4 ? TypeSpecifierToString(eType) : "";
 }
 
+bool IsOperatorCharacter(char c)
+{
+	return c != 0 && std::strchr("+-*/%=!&^|<>", c) != nullptr;
+}
+
+bool IsWordCharacter(char c)
+{
+	return std::isalnum(static_cast<unsigned char>(c)) || c == '_';
+}
+
+// Operator tokens longer than one character, comment openers included. Every prefix of one of them is a
+// token too, so a longest match can grow one character at a time.
+bool IsLongOperator(std::string_view s)
+{
+	static const char* const s_aTokens[] = {
+	    "++", "--", "+=", "-=", "*=", "/=", "%=", "==",  "!=",  "&&", "||", "^^",
+	    "&=", "^=", "|=", "<<", ">>", "<=", ">=", "<<=", ">>=", "//", "/*"};
+	return std::find(std::begin(s_aTokens), std::end(s_aTokens), s) != std::end(s_aTokens);
+}
+
+// The last token of the operator characters that end the text, read from where they begin as the
+// scanner reads them.
+std::string_view LastOperatorToken(const std::string& sText)
+{
+	size_t nStart = sText.size();
+	while (nStart > 0 && IsOperatorCharacter(sText[nStart - 1]))
+		--nStart;
+	std::string_view sRun(sText.data() + nStart, sText.size() - nStart);
+	for (;;)
+	{
+		size_t nLength = 1;
+		while (nLength < sRun.size() && nLength < 3 && IsLongOperator(sRun.substr(0, nLength + 1)))
+			++nLength;
+		if (nLength == sRun.size())
+			return sRun;
+		sRun.remove_prefix(nLength);
+	}
+}
+
+// Digits that a '.' would turn into a float literal: an integer, not the fraction of a float.
+bool EndsWithInteger(const std::string& sText)
+{
+	size_t nStart = sText.size();
+	while (nStart > 0 && IsWordCharacter(sText[nStart - 1]))
+		--nStart;
+	if (nStart == sText.size() || (nStart > 0 && sText[nStart - 1] == '.'))
+		return false;
+	return std::all_of(sText.begin() + static_cast<std::ptrdiff_t>(nStart), sText.end(),
+	                   [](char c) { return c >= '0' && c <= '9'; });
+}
+
+// Whether the scanner would read text followed by sNext as other tokens than the two sides alone.
+bool WouldFuse(const std::string& sText, std::string_view sNext)
+{
+	if (sText.empty() || sNext.empty())
+		return false;
+	const char cLast = sText.back();
+	const char cNext = sNext.front();
+	if (IsOperatorCharacter(cLast) && IsOperatorCharacter(cNext))
+	{
+		std::string sJoined(LastOperatorToken(sText));
+		sJoined += cNext;
+		return IsLongOperator(sJoined);
+	}
+	if (IsWordCharacter(cLast))
+		return IsWordCharacter(cNext) || (cNext == '.' && EndsWithInteger(sText));
+	return cLast == '.' && cNext >= '0' && cNext <= '9';
+}
+
+// A point makes "2" and "09" (left by a trimmed 'f') read as floats; "09" would not even be one integer.
+std::string FloatText(std::string sText)
+{
+	if (!sText.empty() && sText.back() == 'f')
+		sText.pop_back();
+	if (sText.find_first_of(".eE") == std::string::npos)
+		sText += '.';
+	return sText;
+}
+
+// A then-branch ending in an if without else would take the else of the if around it.
+bool EndsWithOpenIf(const Statement* pStatement)
+{
+	while (pStatement)
+	{
+		switch (pStatement->GetClass())
+		{
+		case kClass_SelectionStatement:
+		{
+			const auto* pIf = static_cast<const SelectionStatement*>(pStatement);
+			if (!pIf->GetElse())
+				return true;
+			pStatement = pIf->GetElse();
+			break;
+		}
+		case kClass_WhileStatement:
+		case kClass_ForStatement:
+			pStatement = static_cast<const IterationStatement*>(pStatement)->GetStatement();
+			break;
+		default:
+			return false;
+		}
+	}
+	return false;
+}
+
 // Stable, so that declarations comparing equal keep the order their producer gave them.
 template <class N>
 void SortByValue(std::vector<N*>& vNodes)
@@ -110,11 +219,18 @@ void VisitorPrintTsl::EndLine(Syntax* p)
 	_vLines.push_back(p);
 }
 
+void VisitorPrintTsl::_Append(std::string_view sText)
+{
+	if (WouldFuse(_sResult, sText))
+		_sResult += ' ';
+	_sResult.append(sText);
+}
+
 void VisitorPrintTsl::_AppendInt(long iValue)
 {
 	char buffer[16];
 	const auto end = std::to_chars(buffer, buffer + sizeof(buffer), static_cast<int32_t>(iValue)).ptr;
-	_sResult.append(buffer, end);
+	_Append(std::string_view(buffer, static_cast<size_t>(end - buffer)));
 }
 
 IMgrConsole* VisitorPrintTsl::_Console() const
@@ -148,7 +264,15 @@ bool VisitorPrintTsl::Visit(Module* pModule)
 	_sResult.clear();
 	_nIndent = 0;
 	_pModule = pModule;
+	if (_PrintModule(pModule))
+		return true;
+	_sResult.clear();
+	_vLines.assign(1, pModule);
+	return false;
+}
 
+bool VisitorPrintTsl::_PrintModule(Module* pModule)
+{
 	SortByValue(pModule->GetStructDefinitions());
 	SortByValue(pModule->GetVariableDeclarations());
 	SortByValue(pModule->GetFunctionDeclarations());
@@ -365,9 +489,13 @@ bool VisitorPrintTsl::Visit(ForStatement* pNode, TIParentSyntax<Statement>*)
 		return false;
 	_sResult += ')';
 	EndLine(pNode);
-	if (pNode->GetStatement())
-		_Print(pNode->GetStatement());
-	return true;
+	// A loop without body runs an empty statement.
+	if (!pNode->GetStatement())
+	{
+		_sResult += ';';
+		return true;
+	}
+	return _Print(pNode->GetStatement());
 }
 
 bool VisitorPrintTsl::Visit(DoWhileStatement* pNode, TIParentSyntax<Statement>*)
@@ -397,32 +525,60 @@ bool VisitorPrintTsl::Visit(WhileStatement* pNode, TIParentSyntax<Statement>*)
 	return _Print(pNode->GetStatement());
 }
 
+// Else-if chains are walked here rather than recursed into, however long they are.
 bool VisitorPrintTsl::Visit(SelectionStatement* pNode, TIParentSyntax<Statement>*)
 {
-	StartNewLine(pNode);
-	_sResult += "if (";
-	if (!_Print(pNode->GetCondition()))
-		return false;
-	_sResult += ')';
-	EndLine(pNode->GetCondition());
+	for (SelectionStatement* pIf = pNode;;)
+	{
+		StartNewLine(pIf);
+		_sResult += "if (";
+		if (!_Print(pIf->GetCondition()))
+			return false;
+		_sResult += ')';
+		EndLine(pIf->GetCondition());
 
-	Statement* pThen = pNode->GetThen();
-	const int nThenIndent = pThen && pThen->GetClass() == kClass_CompoundStatement ? 0 : 1;
-	_nIndent += nThenIndent;
+		Statement* pThen = pIf->GetThen();
+		Statement* pElse = pIf->GetElse();
+		bool bThen;
+		if (pElse && EndsWithOpenIf(pThen))
+			bThen = _PrintBracedThen(pThen);
+		else
+		{
+			const int nThenIndent = pThen && pThen->GetClass() == kClass_CompoundStatement ? 0 : 1;
+			_nIndent += nThenIndent;
+			bThen = _Print(pThen);
+			_nIndent -= nThenIndent;
+		}
+		if (!bThen)
+			return false;
+
+		if (!pElse)
+			return true;
+		EndLine(pThen);
+		StartNewLine(pElse);
+		_sResult += "else";
+		EndLine(pElse);
+		StartNewLine(pElse);
+		if (pElse->GetClass() != kClass_SelectionStatement)
+			return _Print(pElse);
+		pIf = static_cast<SelectionStatement*>(pElse);
+	}
+}
+
+bool VisitorPrintTsl::_PrintBracedThen(Statement* pThen)
+{
+	StartNewLine(pThen);
+	_sResult += '{';
+	EndLine(pThen);
+	++_nIndent;
 	const bool bThen = _Print(pThen);
-	_nIndent -= nThenIndent;
+	--_nIndent;
 	if (!bThen)
 		return false;
-
-	Statement* pElse = pNode->GetElse();
-	if (!pElse)
-		return true;
+	StartNewLine(pThen);
+	_sResult += '}';
 	EndLine(pThen);
-	StartNewLine(pElse);
-	_sResult += "else";
-	EndLine(pElse);
-	StartNewLine(pElse);
-	return _Print(pElse);
+	return true;
 }
 
 bool VisitorPrintTsl::Visit(CompoundStatement* pNode, TIParentSyntax<Statement>*)
@@ -495,7 +651,16 @@ bool VisitorPrintTsl::Visit(FunctionCall* pNode, TIParentSyntax<Expression>*)
 			return true;
 	}
 
-	_sResult.append(sName).append("(");
+	_Append(sName);
+	// Array constructors such as float[3](...) keep their brackets.
+	if (!pName && pNode->GetType() && pNode->GetType()->IsArray())
+	{
+		_sResult += '[';
+		if (pNode->GetType()->GetLength() && !_Print(pNode->GetType()->GetLength()))
+			return false;
+		_sResult += ']';
+	}
+	_sResult += '(';
 	const std::vector<Expression*>& vArguments = pNode->GetParameters();
 	for (size_t i = 0; i < vArguments.size(); ++i)
 	{
@@ -503,8 +668,8 @@ bool VisitorPrintTsl::Visit(FunctionCall* pNode, TIParentSyntax<Expression>*)
 			_sResult += ", ";
 		if (i == 0 && !sFirst.empty())
 			_sResult += sFirst;
-		else
-			_Print(vArguments[i]);
+		else if (!_Print(vArguments[i]))
+			return false;
 	}
 	_sResult += ')';
 	return true;
@@ -583,7 +748,7 @@ bool VisitorPrintTsl::_LowerAccumulate(FunctionCall* pCall, bool& bOmit, std::st
 
 bool VisitorPrintTsl::Visit(Subscript* pNode, TIParentSyntax<Expression>*)
 {
-	if (!_Print(pNode->GetArray()))
+	if (!_PrintOperand(pNode->GetArray(), kRank_Postfix))
 		return false;
 	_sResult += '[';
 	if (!_Print(pNode->GetIndex()))
@@ -610,15 +775,16 @@ bool VisitorPrintTsl::Visit(FunctionSelection* pNode, TIParentSyntax<Expression>
 
 bool VisitorPrintTsl::Visit(FieldSelection* pNode, TIParentSyntax<Expression>*)
 {
-	if (!_Print(pNode->GetExpression()))
+	if (!_PrintOperand(pNode->GetExpression(), kRank_Postfix))
 		return false;
-	_sResult.append(".").append(pNode->GetField()->GetString());
+	_Append(".");
+	_sResult += pNode->GetField()->GetString();
 	return true;
 }
 
 bool VisitorPrintTsl::Visit(Variable* pNode, TIParentSyntax<Expression>*)
 {
-	_sResult += pNode->GetIdentifier()->GetString();
+	_Append(pNode->GetIdentifier()->GetString());
 	return true;
 }
 
@@ -637,31 +803,85 @@ bool VisitorPrintTsl::Visit(Conditional* pNode, TIParentSyntax<Expression>*)
 	return true;
 }
 
-// Every binary operation is parenthesised, so the printed text never depends on precedence.
-bool VisitorPrintTsl::Visit(BinaryOperator* pNode, TIParentSyntax<Expression>*)
+VisitorPrintTsl::Rank VisitorPrintTsl::_RankOf(const Expression* pExpression)
 {
-	_sResult += '(';
-	if (!_Print(pNode->GetLeft()))
+	switch (pExpression->GetClass())
+	{
+	case kClass_UnaryOperator:
+		return kRank_Unary;
+	case kClass_Conditional:
+		return kRank_Conditional;
+	case kClass_Assignment:
+		return kRank_Assignment;
+	// A negative literal prints with its sign, which binds like a prefix operator.
+	case kClass_IntConstant:
+		return static_cast<const IntConstant*>(pExpression)->GetValue() < 0 ? kRank_Unary : kRank_Postfix;
+	case kClass_FloatConstant:
+	{
+		const auto* pFloat = static_cast<const FloatConstant*>(pExpression);
+		const String* pText = pFloat->GetString();
+		const bool bNegative = pText && !pText->GetString().empty() ? pText->GetString()[0] == '-'
+		                                                            : std::signbit(pFloat->GetValue());
+		return bNegative ? kRank_Unary : kRank_Postfix;
+	}
+	default:
+		return kRank_Postfix;
+	}
+}
+
+bool VisitorPrintTsl::_PrintOperand(Expression* pExpression, Rank eMaximum)
+{
+	if (!pExpression)
 		return false;
-	_sResult += OperatorToString(pNode->GetOperator());
-	if (!_Print(pNode->GetRight()))
+	if (_RankOf(pExpression) <= eMaximum)
+		return _Print(pExpression);
+	_sResult += '(';
+	if (!_Print(pExpression))
 		return false;
 	_sResult += ')';
 	return true;
 }
 
+// Every binary operation is parenthesised. Left-nested chains (a + b + c ...) are walked here rather than
+// recursed into, however long they are.
+bool VisitorPrintTsl::Visit(BinaryOperator* pNode, TIParentSyntax<Expression>*)
+{
+	const size_t nBase = _vChain.size();
+	Expression* pLeft = pNode;
+	for (; pLeft && pLeft->GetClass() == kClass_BinaryOperator; pLeft = _vChain.back()->GetLeft())
+		_vChain.push_back(static_cast<BinaryOperator*>(pLeft));
+	_sResult.append(_vChain.size() - nBase, '(');
+	// The operands of a sequence may be assignments; those of every other operator bind tighter.
+	auto OperandRank = [](const BinaryOperator* p)
+	{ return p->GetOperator() == kOperator_Comma ? kRank_Assignment : kRank_Unary; };
+	bool bPrinted = _PrintOperand(pLeft, OperandRank(_vChain.back()));
+	while (bPrinted && _vChain.size() > nBase)
+	{
+		BinaryOperator* pOperation = _vChain.back();
+		_vChain.pop_back();
+		_Append(OperatorToString(pOperation->GetOperator()));
+		bPrinted = _PrintOperand(pOperation->GetRight(), OperandRank(pOperation));
+		_sResult += ')';
+	}
+	_vChain.resize(nBase);
+	return bPrinted;
+}
+
 bool VisitorPrintTsl::Visit(PostOperator* pNode, TIParentSyntax<Expression>*)
 {
-	if (!_Print(pNode->GetExpression()))
+	if (!_PrintOperand(pNode->GetExpression(), kRank_Postfix))
 		return false;
-	_sResult += OperatorToString(pNode->GetOperator());
+	_Append(OperatorToString(pNode->GetOperator()));
 	return true;
 }
 
 bool VisitorPrintTsl::Visit(UnaryOperator* pNode, TIParentSyntax<Expression>*)
 {
-	_sResult += OperatorToString(pNode->GetOperator());
-	return _Print(pNode->GetExpression());
+	Expression* pOperand = pNode;
+	for (; pOperand && pOperand->GetClass() == kClass_UnaryOperator;
+	     pOperand = static_cast<UnaryOperator*>(pOperand)->GetExpression())
+		_Append(OperatorToString(static_cast<UnaryOperator*>(pOperand)->GetOperator()));
+	return _PrintOperand(pOperand, kRank_Unary);
 }
 
 // The source text is kept so that the program shows the literal as written; QLSL has no 'f' suffix.
@@ -672,13 +892,13 @@ bool VisitorPrintTsl::Visit(FloatConstant* pNode, TIParentSyntax<Expression>*)
 	{
 		char buffer[64];
 		const int nLength = std::snprintf(buffer, sizeof(buffer), "%#.16g", pNode->GetValue());
-		_sResult.append(buffer, static_cast<size_t>(nLength));
+		_Append(std::string_view(buffer, static_cast<size_t>(nLength)));
 		return true;
 	}
-	const std::string& sText = pText->GetString();
-	if (sText.back() == 'f')
-		pText->SetString(sText.substr(0, sText.size() - 1));
-	_sResult += pText->GetString();
+	const std::string sText = FloatText(pText->GetString());
+	if (sText != pText->GetString())
+		pText->SetString(sText);
+	_Append(sText);
 	return true;
 }
 
@@ -690,19 +910,29 @@ bool VisitorPrintTsl::Visit(IntConstant* pNode, TIParentSyntax<Expression>*)
 
 bool VisitorPrintTsl::Visit(BoolConstant* pNode, TIParentSyntax<Expression>*)
 {
-	_sResult += pNode->GetValue() ? "true" : "false";
+	_Append(pNode->GetValue() ? "true" : "false");
 	return true;
 }
 
+// Right-nested chains (x = y = z ...) are walked here rather than recursed into, however long they are.
 bool VisitorPrintTsl::Visit(Assignment* pNode, TIParentSyntax<Expression>*)
 {
-	if (!_Print(pNode->GetLeft()))
-		return false;
-	if (pNode->GetOperator() == kOperator_Assign)
-		_sResult += " = ";
-	else
-		_sResult.append(OperatorToString(pNode->GetOperator())).append("= ");
-	return _Print(pNode->GetRight());
+	for (Assignment* pAssignment = pNode;;)
+	{
+		if (!_PrintOperand(pAssignment->GetLeft(), kRank_Unary))
+			return false;
+		if (pAssignment->GetOperator() == kOperator_Assign)
+			_sResult += " = ";
+		else
+		{
+			_Append(std::string(OperatorToString(pAssignment->GetOperator())) + "=");
+			_sResult += ' ';
+		}
+		Expression* pRight = pAssignment->GetRight();
+		if (!pRight || pRight->GetClass() != kClass_Assignment)
+			return _Print(pRight);
+		pAssignment = static_cast<Assignment*>(pRight);
+	}
 }
 
 } // namespace Tarsel::Effects

@@ -4,6 +4,7 @@
 
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Tarsel
@@ -30,7 +31,7 @@ public:
 	using Visitor::Visit;
 
 	// Sorts the module's top-level lists in place, then prints it. False when any node cannot be printed;
-	// the text is then incomplete.
+	// the text is then left empty so that no caller compiles half a program.
 	bool Visit(Module* pModule) override;
 
 	std::string& result() { return _sResult; }
@@ -76,6 +77,23 @@ private:
 	// Ends the line; p owns the line that follows.
 	void EndLine(Syntax* p);
 	void _Indent();
+	// Appends text, with a blank first where the two sides would otherwise lex as other tokens.
+	void _Append(std::string_view sText);
+
+	// How loosely a printed expression binds; a position takes without parentheses what binds at least
+	// as tightly as its rank.
+	enum Rank
+	{
+		kRank_Postfix,
+		kRank_Unary,
+		kRank_Conditional,
+		kRank_Assignment
+	};
+	static Rank _RankOf(const Expression* pExpression);
+	bool _PrintOperand(Expression* pExpression, Rank eMaximum);
+	bool _PrintModule(Module* pModule);
+	// A then-branch that would capture the else of its if when printed without braces.
+	bool _PrintBracedThen(Statement* pThen);
 
 	// The printer never replaces nodes, so children are visited without parent links. A missing child
 	// fails the print instead of crashing it.
@@ -119,6 +137,8 @@ private:
 	int _nIndent;
 	std::vector<Syntax*> _vLines;
 	std::set<std::string> _setOutputsUsed;
+	// Left spines of binary chains being printed, innermost last; shared so that nesting reuses it.
+	std::vector<BinaryOperator*> _vChain;
 };
 
 } // namespace Tarsel::Effects

@@ -19,7 +19,8 @@ struct FoldLayers<Base, Layer, T, Ts...>
 	typedef Layer<typename FoldLayers<Base, Layer, Ts...>::Type, T> Type;
 };
 
-// Every layer keeps the forms of the layers below visible.
+// Every layer keeps the forms of the layers below visible. Each form answers false when the parameter has
+// no storage (its Init failed, or it was shut down).
 #define TARSEL_ACCESSOR_LAYER_BASE                                                                           \
 public:                                                                                                      \
 	using Base::Base;                                                                                        \
@@ -30,16 +31,16 @@ template <class Base, class T>
 class AccessorReferenceOffset : public Base
 {
 	TARSEL_ACCESSOR_LAYER_BASE
-	bool Set(const T& value, int index) { return this->_pStorage->Set(value, index); }
-	bool Get(T& value, int index) const { return this->_pStorage->Get(value, index); }
+	bool Set(const T& value, int index) { return this->_pStorage && this->_pStorage->Set(value, index); }
+	bool Get(T& value, int index) const { return this->_pStorage && this->_pStorage->Get(value, index); }
 };
 
 template <class Base, class T>
 class AccessorReference : public Base
 {
 	TARSEL_ACCESSOR_LAYER_BASE
-	bool Set(const T& value) { return this->_pStorage->Set(value, 0); }
-	bool Get(T& value) const { return this->_pStorage->Get(value, 0); }
+	bool Set(const T& value) { return this->_pStorage && this->_pStorage->Set(value, 0); }
+	bool Get(T& value) const { return this->_pStorage && this->_pStorage->Get(value, 0); }
 };
 
 // Small types come by value; the storage takes a reference to a local copy.
@@ -50,9 +51,9 @@ class AccessorValueOffset : public Base
 	bool Set(T value, int index)
 	{
 		const T tCopy = value;
-		return this->_pStorage->Set(tCopy, index);
+		return this->_pStorage && this->_pStorage->Set(tCopy, index);
 	}
-	bool Get(T& value, int index) const { return this->_pStorage->Get(value, index); }
+	bool Get(T& value, int index) const { return this->_pStorage && this->_pStorage->Get(value, index); }
 };
 
 template <class Base, class T>
@@ -62,9 +63,9 @@ class AccessorValue : public Base
 	bool Set(T value)
 	{
 		const T tCopy = value;
-		return this->_pStorage->Set(tCopy, 0);
+		return this->_pStorage && this->_pStorage->Set(tCopy, 0);
 	}
-	bool Get(T& value) const { return this->_pStorage->Get(value, 0); }
+	bool Get(T& value) const { return this->_pStorage && this->_pStorage->Get(value, 0); }
 };
 #undef TARSEL_ACCESSOR_LAYER_BASE
 

@@ -29,10 +29,10 @@ public:
 		nValues = std::max(nValues, 0);
 		_nValues = nValues;
 		if (_SetLength(nValues) && nValues > 0 &&
-		    !_Write([&](Stored* pData) { std::fill(pData, pData + nValues, Traits::ToBuffer(tDefault)); }))
+		    !_Write("ValueBuffer",
+		            [&](Stored* pData) { std::fill(pData, pData + nValues, Traits::ToBuffer(tDefault)); }))
 		{
 			// Without its defaults the buffer holds no valid value: it is given up like a refused one.
-			GetMgrConsole()->Message("ValueBuffer<T>::ValueBuffer Write Defaults\n");
 			_pContext->DestroyBuffer(_pBuffer);
 			_pBuffer = nullptr;
 		}
@@ -75,7 +75,7 @@ public:
 			                         index);
 			return false;
 		}
-		return _Write([&](Stored* pData) { pData[index] = Traits::ToBuffer(value); });
+		return _Write("Set", [&](Stored* pData) { pData[index] = Traits::ToBuffer(value); });
 	}
 
 	bool SetArray(const T* pValues, int nCount, int offset)
@@ -85,7 +85,7 @@ public:
 			GetMgrConsole()->Message("ValueBuffer<T>::SetArray Length Overflow\n");
 			return false;
 		}
-		return _Write([&](Stored* pData)
+		return _Write("SetArray", [&](Stored* pData)
 		              { std::transform(pValues, pValues + nCount, pData + offset, &Traits::ToBuffer); });
 	}
 	bool SetArray(const T* pValues, int nCount) { return SetArray(pValues, nCount, 0); }
@@ -153,16 +153,23 @@ private:
 		return false;
 	}
 
-	// Exactly one write mapping per call; nothing is written without a buffer.
+	// Exactly one write mapping per call; nothing is written without a buffer. pOperation names the caller
+	// in the console message of a failed write.
 	template <class W>
-	bool _Write(W&& write)
+	bool _Write(const char* pOperation, W&& write)
 	{
 		if (!_pBuffer)
+		{
+			GetMgrConsole()->Message("ValueBuffer<%s>::%s No Buffer\n", Traits::Name(), pOperation);
 			return false;
+		}
 		QLBufferMapping mapping(_pBuffer, QLBufferMapping::kAccess_Write);
 		Stored* pData = static_cast<Stored*>(mapping.GetData());
 		if (!pData)
+		{
+			GetMgrConsole()->Message("ValueBuffer<%s>::%s Map Refused\n", Traits::Name(), pOperation);
 			return false;
+		}
 		write(pData);
 		return true;
 	}

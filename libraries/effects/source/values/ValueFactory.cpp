@@ -10,22 +10,19 @@
 namespace Tarsel::Effects
 {
 
-namespace
-{
 // Reported under the exact text the rest of the system uses for this check.
-bool CheckLength(int nValues)
+bool CheckValueCount(int nValues)
 {
 	static bool s_bSilenced = false;
 	if (nValues < 0 && !s_bSilenced)
 		Detail::ReportAssert(s_bSilenced, "nValues >=0", __LINE__, __FILE__, nullptr);
 	return nValues >= 0;
 }
-} // namespace
 
 IValue* CreateValue(TypeSpecifier eType, int nValues, bool bResizable)
 {
 	IValue* pValue = nullptr;
-	if (!CheckLength(nValues))
+	if (!CheckValueCount(nValues))
 		return nullptr;
 	DispatchValueType(eType,
 	                  [&](auto* pTag)
@@ -38,7 +35,7 @@ IValue* CreateValue(TypeSpecifier eType, int nValues, bool bResizable)
 
 IValueBuffer* CreateValueBuffer(IMgrEffects* pMgrEffects, TypeSpecifier eType, int nValues, bool bResizable)
 {
-	if (!CheckLength(nValues))
+	if (!CheckValueCount(nValues))
 		return nullptr;
 	IQuillonContext* pContext = pMgrEffects ? pMgrEffects->GetQuillonContext() : nullptr;
 	TARSEL_ASSERT(pContext != NULL);
@@ -59,7 +56,7 @@ IValueBuffer* CreateValueBuffer(IMgrEffects* pMgrEffects, TypeSpecifier eType, i
 IStorage* CreateStorageSeparate(IMgrEffects* pMgrEffects, TypeSpecifier eType, int nValues, bool bResizable)
 {
 	IStorage* pResult = nullptr;
-	if (!CheckLength(nValues))
+	if (!CheckValueCount(nValues))
 		return nullptr;
 	DispatchValueType(eType,
 	                  [&](auto* pTag)
