@@ -108,7 +108,10 @@ public:
 		QLBufferMapping mapping(_pBuffer, QLBufferMapping::kAccess_Read);
 		const Stored* pData = static_cast<const Stored*>(mapping.GetData());
 		if (!pData)
+		{
+			GetMgrConsole()->Message("ValueBuffer<%s>::GetArray Map Refused\n", Traits::Name());
 			return false;
+		}
 		std::transform(pData, pData + nCount, pValues, &Traits::FromBuffer);
 		return true;
 	}
