@@ -8,6 +8,7 @@
 #include "quillon/Reference.h"
 #include "syntax/Module.h"
 #include "syntax/TslParser.h"
+#include "syntax/Visitor.h"
 
 using namespace Tarsel;
 using namespace Tarsel::Effects;
@@ -28,10 +29,28 @@ bool SameList(const std::vector<T*>& vFirst, const std::vector<T*>& vSecond)
 	return true;
 }
 
-// Classes print flattened into their members, so only a module of free definitions can come back whole.
-bool CanRoundTrip(const Module& module)
+// Variables of struct, class or interface type print as an empty statement, since generated code has them
+// flattened away.
+class FindUserTypedVariables : public Visitor
 {
-	return module.GetClassDefinitions().empty() && module.GetInterfaceDefinitions().empty();
+public:
+	using Visitor::Visit;
+	bool Visit(VariableDeclaration* pNode) override
+	{
+		bFound = bFound || pNode->GetType()->GetTypeSpecifier() == kType_UserDefined;
+		return Visitor::Visit(pNode);
+	}
+	bool bFound = false;
+};
+
+// Classes print flattened into their members, so only a module of free definitions can come back whole.
+bool CanRoundTrip(Module& module)
+{
+	if (!module.GetClassDefinitions().empty() || !module.GetInterfaceDefinitions().empty())
+		return false;
+	FindUserTypedVariables finder;
+	finder.Visit(&module);
+	return !finder.bFound;
 }
 
 std::vector<std::string> CompileErrors(ReferenceContext& context, const std::string& text)
