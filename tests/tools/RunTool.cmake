@@ -4,6 +4,7 @@
 #   optional REJECT_REGEX, optional EXPECT_FILE (stdout must equal it byte for byte).
 string(REPLACE "|" ";" ARGS "${ARGS}")
 string(REPLACE "|" ";" EXPECT_REGEX "${EXPECT_REGEX}")
+file(MAKE_DIRECTORY ${WORKDIR})
 execute_process(COMMAND ${TOOL} ${ARGS} WORKING_DIRECTORY ${WORKDIR} RESULT_VARIABLE code OUTPUT_VARIABLE out
                 ERROR_VARIABLE err)
 set(all "${out}${err}")

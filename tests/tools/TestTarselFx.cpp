@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -79,9 +81,24 @@ TEST(TarselFxMain, UsageErrorsExitTwoWithoutRunning)
 	EXPECT_NE(err.str().find("usage: tarsel-fx check"), std::string::npos);
 }
 
+// Bare names resolve in the current folder before the search roots, so every run starts in an empty
+// folder of its own: a stray file named like a fixture wherever the tests were started cannot stand in.
 class TarselFxRun : public ::testing::Test
 {
 protected:
+	void SetUp() override
+	{
+		_previous = std::filesystem::current_path();
+		_empty = std::filesystem::temp_directory_path() /
+		         ("tarsel-fx-run-" + std::to_string(reinterpret_cast<uintptr_t>(this)));
+		std::filesystem::create_directories(_empty);
+		std::filesystem::current_path(_empty);
+	}
+	void TearDown() override
+	{
+		std::filesystem::current_path(_previous);
+		std::filesystem::remove_all(_empty);
+	}
 	int RunCommand(Command command, std::vector<std::string> files)
 	{
 		Arguments args;
@@ -107,6 +124,8 @@ protected:
 
 	RecordingConsole _console;
 	std::ostringstream _out;
+	std::filesystem::path _previous;
+	std::filesystem::path _empty;
 };
 
 TEST_F(TarselFxRun, CheckPrintsSourceErrorsInFileOrder)

@@ -1,6 +1,8 @@
 # End-to-end runs of the built tarsel-fx on fixtures and on the shipped shaders.
 set(_fx_data ${PROJECT_SOURCE_DIR}/tests/data/tools)
 set(_fx_script ${CMAKE_CURRENT_LIST_DIR}/RunTool.cmake)
+# Runs start in an empty folder, so that no file beside the tree can answer for a bare name.
+set(_fx_workdir ${CMAKE_CURRENT_BINARY_DIR}/tool-workdir)
 
 function(tarsel_fx_test name exit)
   cmake_parse_arguments(T "" "EXPECT_FILE;REJECT;TOOL" "ARGS;EXPECT" ${ARGN})
@@ -10,7 +12,7 @@ function(tarsel_fx_test name exit)
   # Lists travel to the script with '|' between elements; every -D stays one argument.
   string(REPLACE ";" "|" _args "${T_ARGS}")
   string(REPLACE ";" "|" _expect "${T_EXPECT}")
-  set(_defs -DTOOL=$<TARGET_FILE:${T_TOOL}> "-DARGS=${_args}" -DWORKDIR=${PROJECT_SOURCE_DIR} -DEXPECT_EXIT=${exit})
+  set(_defs -DTOOL=$<TARGET_FILE:${T_TOOL}> "-DARGS=${_args}" -DWORKDIR=${_fx_workdir} -DEXPECT_EXIT=${exit})
   if(T_EXPECT)
     list(APPEND _defs "-DEXPECT_REGEX=${_expect}")
   endif()
@@ -31,6 +33,10 @@ tarsel_fx_test(check_syntax_error 1 ARGS check -I ${_fx_data} ${_fx_data}/syntax
 tarsel_fx_test(check_error_after_include 1 ARGS check -I ${_fx_data} ${_fx_data}/error_after_include.tsl
                EXPECT "error_after_include\\.tsl\\(5\\) : Syntax Error\\."
                REJECT "error_after_include\\.tsl\\(([0-46-9]|1[0-9])\\)")
+# A mistake in an included file is reported in that file, on its own line.
+tarsel_fx_test(check_error_in_include 1 ARGS check -I ${_fx_data} ${_fx_data}/includes_broken.tsl
+               EXPECT "syntax_error\\.tsl\\(5\\) : Syntax Error\\. Near \"=\""
+               REJECT "includes_broken\\.tsl\\(")
 # One bad file among good ones fails the run, and the good ones still load.
 tarsel_fx_test(check_mixed 1 ARGS check -I ${_fx_data} ${_fx_data}/valid.tsl ${_fx_data}/syntax_error.tsl
                EXPECT "Acquired shader source asset successfully: '[^']*valid\\.tsl'" "syntax_error\\.tsl\\(5\\)")

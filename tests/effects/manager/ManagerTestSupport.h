@@ -51,11 +51,12 @@ public:
 		std::string sName;
 		std::string sSource;
 		int iLineOffset;
+		LineMap lines;
 	};
 
 	bool AddLibrary(const std::string& name, const std::string& source, Result*) override
 	{
-		vLoads.push_back({name, source, GetLineOffset()});
+		vLoads.push_back({name, source, GetLineOffset(), GetLineMap()});
 		return true;
 	}
 	using MgrEffectsImpl::AddLibrary;

@@ -156,6 +156,34 @@ TEST_F(Preprocessor, IncludesSpliceTextEveryTimeAndShiftTheLineOffset)
 	EXPECT_EQ(harness.manager.GetLineOffset(), 0);
 }
 
+// Each line of the text maps to the file and line it was written on: included lines to the included file,
+// and lines after an inactive #include (which yields no line) to their own numbers.
+TEST_F(Preprocessor, LineMapPlacesEveryLineInItsFile)
+{
+	const std::string inc = dir.Write("inc.tsl", "x\ny\n");
+	const std::string out =
+	    Output("a\n#include \"" + inc + "\"\n#ifdef NO\n#include \"" + inc + "\"\n#endif\nb\n");
+	EXPECT_EQ(out, "a\nx\ny\n\n\nb\n");
+	const LineMap& lines = harness.manager.vLoads.back().lines;
+	ASSERT_EQ(lines.GetCountLines(), 6);
+	const std::vector<std::pair<std::string, int>> expected = {{mainPath, 1}, {inc, 1},      {inc, 2},
+	                                                           {mainPath, 3}, {mainPath, 5}, {mainPath, 6}};
+	for (int i = 0; i < 6; ++i)
+	{
+		const LineMap::Position position = lines.Resolve(i + 1);
+		ASSERT_NE(position.pFile, nullptr);
+		EXPECT_EQ(std::make_pair(*position.pFile, int(position.iLine)), expected[size_t(i)]) << i;
+	}
+	// An imported library has a map of its own and leaves the importer's as it was.
+	const std::string lib = dir.Write("lib.tsl", "l1\nl2\n");
+	Output("m1\n#import \"" + lib + "\"\nm3\n");
+	ASSERT_EQ(harness.manager.vLoads.size(), 3u);
+	EXPECT_EQ(*harness.manager.vLoads[1].lines.Resolve(2).pFile, lib);
+	EXPECT_EQ(harness.manager.vLoads[2].lines.GetCountLines(), 3);
+	EXPECT_EQ(*harness.manager.vLoads[2].lines.Resolve(3).pFile, mainPath);
+	EXPECT_EQ(harness.manager.GetLineMap().GetCountLines(), 0);
+}
+
 TEST_F(Preprocessor, IncludeFailuresEndTheLoad)
 {
 	EXPECT_FALSE(Load("#include plain.tsl\nx\n"));
@@ -189,6 +217,74 @@ TEST_F(Preprocessor, StopsIncludeAndImportCycles)
 	EXPECT_EQ(Errors().back(), "Effects Manager: Pre-Processor include cycle detected at '" + self +
 	                               "' in file '" + self + "'\n");
 	EXPECT_TRUE(harness.manager.vLoads.empty());
+
+	// A file that flips a name each pass returns to a state it was in two passes before.
+	harness.console.Clear();
+	const std::string flip = dir.Write("flip.tsl", "");
+	dir.Write("flip.tsl", "#ifdef X\n#undef X\n#else\n#define X\n#endif\n#include \"" + flip + "\"\n");
+	EXPECT_FALSE(harness.manager.AddLibrary(flip, &result));
+	EXPECT_EQ(Errors()[0], "Effects Manager: Pre-Processor include cycle detected at '" + flip +
+	                           "' in file '" + flip + "'\n");
+	EXPECT_TRUE(harness.manager.vLoads.empty());
+}
+
+// A guard makes the second entry of a file inactive, so the recursion ends after one pass.
+TEST_F(Preprocessor, GuardedReinclusionIsNotACycle)
+{
+	const std::string b = dir.Path() + "/b.tsl";
+	const std::string a =
+	    dir.Write("a.tsl", "#ifndef A_H\n#define A_H\n#include \"" + b + "\"\nfrom_a\n#endif\n");
+	dir.Write("b.tsl", "#ifndef B_H\n#define B_H\n#include \"" + a + "\"\nfrom_b\n#endif\n");
+	ASSERT_TRUE(harness.manager.AddLibrary(a, &result)) << (Errors().empty() ? "" : Errors().back());
+	EXPECT_EQ(harness.manager.vLoads.back().sSource, "\n\n\n\n\n\n\n\nfrom_b\n\nfrom_a\n\n");
+
+	const std::string self = dir.Write("self.tsl", "#ifndef S\n#define S\n#include \"" + dir.Path() +
+	                                                   "/self.tsl\"\nonce\n#endif\n");
+	ASSERT_TRUE(harness.manager.AddLibrary(self, &result));
+	EXPECT_EQ(harness.manager.vLoads.back().sSource, "\n\n\n\n\n\nonce\n\n");
+	// The same file twice in a row, unguarded, is no cycle either.
+	EXPECT_EQ(
+	    Output("#include \"" + dir.Write("inc.tsl", "i\n") + "\"\n#include \"" + dir.Path() + "/inc.tsl\"\n"),
+	    "i\ni\n");
+}
+
+TEST_F(Preprocessor, IncludeDepthIsCapped)
+{
+	// file k includes file k + 1; the last one includes nothing.
+	const auto chain = [&](size_t count)
+	{
+		for (size_t k = 0; k < count; ++k)
+		{
+			const std::string next = dir.Path() + "/d" + std::to_string(k + 1) + ".tsl";
+			dir.Write("d" + std::to_string(k) + ".tsl",
+			          k + 1 < count ? "#include \"" + next + "\"\n" : "deepest\n");
+		}
+		return dir.Path() + "/d0.tsl";
+	};
+	ASSERT_TRUE(harness.manager.AddLibrary(chain(MgrEffectsImpl::kMaxIncludeDepth), &result));
+	EXPECT_EQ(harness.manager.vLoads.back().sSource, "deepest\n");
+
+	harness.console.Clear();
+	const std::string top = chain(MgrEffectsImpl::kMaxIncludeDepth + 1);
+	EXPECT_FALSE(harness.manager.AddLibrary(top, &result));
+	ASSERT_FALSE(Errors().empty());
+	const std::string message = Errors().back();
+	EXPECT_EQ(
+	    message.rfind("Effects Manager: Pre-Processor includes nested deeper than 64: " + top + " -> ", 0),
+	    0u)
+	    << message;
+	EXPECT_NE(message.find("d63.tsl -> " + dir.Path() + "/d64.tsl\n"), std::string::npos) << message;
+}
+
+TEST_F(PreprocessorWithDifferentials, GuardsAndCyclesAreJudgedTheSame)
+{
+	const std::string self = dir.Write("self.tsl", "");
+	dir.Write("self.tsl", "#include \"" + self + "\"\n");
+	EXPECT_FALSE(harness.manager.AddLibrary(self, &result));
+	EXPECT_EQ(Errors().back(), "Effects Manager: Pre-Processor include cycle detected at '" + self +
+	                               "' in file '" + self + "'\n");
+	dir.Write("self.tsl", "#ifndef S\n#define S\n#include \"" + self + "\"\n#endif\n");
+	EXPECT_TRUE(harness.manager.AddLibrary(self, &result));
 }
 
 TEST_F(Preprocessor, ImportsLoadSeparateLibrariesThatShareTheDefinitions)

@@ -280,6 +280,8 @@ class C : I
 	coord vec3 P;
 	normal vec3 N;
 	tangent vec4 T;
+	coord normal vec3 M;
+	coord tangent vec2 U;
 	output vec3 color;
 	out vec4 alpha;
 	static input float scale[2] = float[2](-1.0, 2.0);
@@ -295,10 +297,12 @@ class C : I
 	const ClassDefinition* pClass = pParsed->pModule->GetClassDefinitions().at(0);
 	EXPECT_EQ(Text(pClass->GetName()) + " : " + Text(pClass->GetInterface()), "C : I");
 	EXPECT_EQ(pClass->GetCountOutputs(), 2u);
-	ASSERT_EQ(pClass->GetCountCoords(), 3u);
+	ASSERT_EQ(pClass->GetCountCoords(), 5u);
 	EXPECT_EQ(Print(pClass->GetCoords().at("P")), "coord 0 vec3 P");
 	EXPECT_EQ(Print(pClass->GetCoords().at("N")), "coord 1 vec3 N");
 	EXPECT_EQ(Print(pClass->GetCoords().at("T")), "coord 2 vec4 T");
+	EXPECT_EQ(Print(pClass->GetCoords().at("M")), "coord 1 vec3 M");
+	EXPECT_EQ(Print(pClass->GetCoords().at("U")), "coord 2 vec2 U");
 
 	// A literal standing alone folds its sign into the constant; inside a constructor the sign is an
 	// operator.
@@ -319,6 +323,51 @@ class C : I
 	EXPECT_EQ(Print(pClass->GetMemberFunctions()[1]->GetFunctionPrototype()),
 	          "vec3 Shade(in vec3 n, out float[4] w, inout int k)");
 	EXPECT_EQ(Print(pClass->GetMemberFunctions()[1]->GetCompoundStatement()), "{ return n; }");
+}
+
+// The initializer of an interface input names the class to connect: single and array forms both carry a
+// user type of that name; only an interface input types a call by name.
+TEST(TslParser, InterfaceInputInitializersAreTypedConstructors)
+{
+	std::unique_ptr<Parsed> pParsed = ParseText(R"(
+class C
+{
+	input Light one = Spot();
+	input Light many[2] = Spot[2](Spot(), Spot());
+	input float f = Spot();
+	float g = Spot();
+	void M() { Light l = Spot(); }
+})");
+	ASSERT_TRUE(pParsed->bParsed) << pParsed->FirstError();
+	const ClassDefinition* pClass = pParsed->pModule->GetClassDefinitions().at(0);
+	const auto call = [&](size_t i)
+	{ return Cast<FunctionCall>(pClass->GetMemberVariables().at(i)->GetInitializer()); };
+	const auto typeName = [](const FunctionCall* pCall)
+	{
+		const Type* pType = pCall->GetType();
+		return pType && pType->GetClass() == kClass_UserType ? Text(Cast<UserType>(pType)->GetName())
+		                                                     : std::string("<none>");
+	};
+
+	EXPECT_EQ(typeName(call(0)), "Spot");
+	EXPECT_EQ(Text(call(0)->GetName()), "Spot");
+	EXPECT_FALSE(call(0)->GetType()->IsArray());
+	EXPECT_EQ(typeName(call(1)), "Spot");
+	EXPECT_TRUE(call(1)->GetType()->IsArray());
+	EXPECT_EQ(Text(call(1)->GetName()), "<null>");
+	// The array constructor's arguments, a value input and a member keep plain calls by name.
+	EXPECT_EQ(typeName(Cast<FunctionCall>(call(1)->GetParameters().at(0))), "<none>");
+	EXPECT_EQ(typeName(call(2)), "<none>");
+	EXPECT_EQ(typeName(call(3)), "<none>");
+	const auto* pLocal = Cast<DeclarationStatement>(
+	    pClass->GetMemberFunctions().at(0)->GetCompoundStatement()->GetStatements().at(0));
+	EXPECT_EQ(typeName(Cast<FunctionCall>(pLocal->GetDeclaration()->GetInitializer())), "<none>");
+
+	// The typed call survives cloning with both its name and its type.
+	std::unique_ptr<Module> pTarget(Module::Create());
+	std::unique_ptr<FunctionCall> pClone(call(0)->Clone(pTarget.get()));
+	EXPECT_EQ(typeName(pClone.get()), "Spot");
+	EXPECT_EQ(Text(pClone->GetName()), "Spot");
 }
 
 TEST(TslParser, InterfacesFunctionsAndBracketedForms)

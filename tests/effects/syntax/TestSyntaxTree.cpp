@@ -331,19 +331,3 @@ TEST(SyntaxDeep, LongLeftChainsDestroyCloneAndCompareFlat)
 	delete pNested;
 	EXPECT_EQ(0u, m.GetCountStrings());
 }
-
-TEST(SyntaxDeep, NestingUpToTheParserCapClonesComparesAndWalks)
-{
-	Module m;
-	TreeBuilder b(&m);
-	Expression* p = b.Var("x");
-	for (int i = 0; i < 1000; ++i)
-		p = (i % 2) ? static_cast<Expression*>(m.CreateUnaryOperator(kOperator_Subtract, p))
-		            : b.Assign(kOperator_Assign, b.Var("y"), p);
-	std::unique_ptr<Statement> pStatement(b.Stmt(p));
-	std::unique_ptr<Statement> pClone(pStatement->Clone(&m));
-	EXPECT_TRUE(pClone->Equals(pStatement.get()));
-	TParentSyntaxNull<Statement> link;
-	Visitor visitor;
-	EXPECT_TRUE(pClone->AcceptVisitor(&visitor, &link));
-}

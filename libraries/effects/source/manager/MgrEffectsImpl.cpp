@@ -91,7 +91,6 @@ void MgrEffectsImpl::_AddPadAttributes()
 
 bool MgrEffectsImpl::Shutdown()
 {
-	const bool initialised = _pMgrEffects != nullptr;
 	for (auto& entry : _mLibraries)
 		delete entry.second;
 	_mLibraries.clear();
@@ -102,9 +101,7 @@ bool MgrEffectsImpl::Shutdown()
 	MgrOutputs::ListenerRemove relayRemove = MakeDelegate(this, &MgrEffectsImpl::_OnRemoveOutput);
 	_mgrOutputs.RemoveListenerAddOutput(relayAdd);
 	_mgrOutputs.RemoveListenerRemoveOutput(relayRemove);
-	// Only the Init's own acquisition is given back; a repeated Shutdown must not take a graph's.
-	if (initialised)
-		ReleaseOutput(kOutputColor);
+	ReleaseOutput(kOutputColor);
 	_mgrOutputs.Shutdown();
 	_pContext = nullptr;
 	_pConsole = nullptr;
@@ -119,7 +116,9 @@ bool MgrEffectsImpl::AddLibrary(const std::string& name, const std::string& sour
 	if (_mLibraries.count(name) > 0)
 		return true;
 	Library* library = new Library();
-	if (!library->Init(_pMgrEffects, name, source, result, _iLineOffset))
+	// Text from the host, rather than from a file load, comes without a map of its lines.
+	const bool mapped = _lineMap.GetCountLines() > 0;
+	if (!library->Init(_pMgrEffects, name, source, result, mapped ? _lineMap : LineMap(_iLineOffset)))
 	{
 		if (result)
 			result->Add("Effects Manager: Failed to initialize Shader Library '%s'\n", name.c_str());

@@ -11,6 +11,7 @@
 #include "effects/MgrOutputs.h"
 #include "manager/MacroList.h"
 #include "manager/MgrKeys.h"
+#include "syntax/LineMap.h"
 
 namespace Tarsel::Effects
 {
@@ -86,11 +87,19 @@ public:
 #endif
 	    ;
 
-	// Line-number correction handed to the library being created; maintained while files are spliced.
+	// Line-number correction of the text being loaded; maintained while files are spliced.
 	int GetLineOffset() const
 	{
 		return _iLineOffset;
 	}
+	// File and line of every line of the text being loaded, handed to the library being created.
+	const LineMap& GetLineMap() const
+	{
+		return _lineMap;
+	}
+
+	// Deepest nesting of included and imported texts in one load.
+	static constexpr size_t kMaxIncludeDepth = 64;
 
 	// The text a load of the named file would hand to library creation, for users who want to see what their
 	// macros and includes did. Imported libraries are still registered.
@@ -119,7 +128,11 @@ private:
 	bool _Import(const std::string& path, const std::string& word, bool active, DefinedNames& defined,
 	             Macros& macros, Result* result);
 	bool _Define(const std::string& path, const Line& line, DefinedNames& defined, Macros& macros);
-	bool _IsInProgress(const std::string& path) const;
+	// True when path is in progress with the same defined names: entering it again would repeat that entry
+	// without end.
+	bool _IsCycle(const std::string& path, const DefinedNames& defined) const;
+	// The texts in progress and the next one, joined by " -> ".
+	std::string _Chain(const std::string& path) const;
 	void _AddPadAttributes();
 
 	IMgrEffects* _pMgrEffects;
@@ -139,8 +152,15 @@ private:
 	MgrKeys<int> _mgrKeys;
 	Result* _pResult;
 	int _iLineOffset;
-	// Texts being processed in this load, innermost last; stops include and import cycles.
-	std::vector<std::string> _vPathsInProgress;
+	LineMap _lineMap;
+	// Texts being processed in this load, innermost last, with the defined names each started with; tells a
+	// guarded re-inclusion from an endless cycle.
+	struct TextInProgress
+	{
+		std::string sPath;
+		DefinedNames defined;
+	};
+	std::vector<TextInProgress> _vTextsInProgress;
 };
 
 } // namespace Tarsel::Effects

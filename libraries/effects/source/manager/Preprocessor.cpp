@@ -64,16 +64,28 @@ bool FileNameOf(const std::string& word, std::string& name)
 	return true;
 }
 
-// Restores the importer's line offset however a nested load ends.
+// Starts a load with a fresh line offset and line map, and gives the importer's back however it ends.
 class SaveLineOffset
 {
 public:
-	explicit SaveLineOffset(int& offset) : _rOffset(offset), _iSaved(offset) { _rOffset = 0; }
-	~SaveLineOffset() { _rOffset = _iSaved; }
+	SaveLineOffset(int& offset, LineMap& lines) : _rOffset(offset), _iSaved(offset), _rLines(lines)
+	{
+		_rOffset = 0;
+		std::swap(_rLines, _saved);
+	}
+	~SaveLineOffset()
+	{
+		_rOffset = _iSaved;
+		std::swap(_rLines, _saved);
+	}
+	SaveLineOffset(const SaveLineOffset&) = delete;
+	SaveLineOffset& operator=(const SaveLineOffset&) = delete;
 
 private:
 	int& _rOffset;
 	int _iSaved;
+	LineMap& _rLines;
+	LineMap _saved;
 };
 } // namespace
 
@@ -106,15 +118,15 @@ struct MgrEffectsImpl::Line
 bool MgrEffectsImpl::_AddLibrary(const std::string& name, DefinedNames& defined, Macros& macros,
                                  Result* result)
 {
-	SaveLineOffset saved(_iLineOffset);
+	SaveLineOffset saved(_iLineOffset, _lineMap);
 	std::string path;
 	std::string text;
 	if (!_ReadFile(name, path, text))
 		return false;
-	if (_IsInProgress(path))
+	if (_IsCycle(path, defined))
 	{
 		_pConsole->Error("Effects Manager: Pre-Processor include cycle detected at '%s' in file '%s'\n",
-		                 name.c_str(), _vPathsInProgress.back().c_str());
+		                 name.c_str(), _vTextsInProgress.back().sPath.c_str());
 		return false;
 	}
 	std::stringstream output;
@@ -150,6 +162,12 @@ bool MgrEffectsImpl::_StreamAndProcessFile(const std::string& path, const std::s
                                            std::stringstream& output, DefinedNames& defined, Macros& macros,
                                            Result* result)
 {
+	if (_vTextsInProgress.size() >= kMaxIncludeDepth)
+	{
+		_pConsole->Error("Effects Manager: Pre-Processor includes nested deeper than %d: %s\n",
+		                 int(kMaxIncludeDepth), _Chain(path).c_str());
+		return false;
+	}
 	Conditions conditions(1, kCondition_Active);
 	bool error = false;
 	bool success = true;
@@ -158,9 +176,10 @@ bool MgrEffectsImpl::_StreamAndProcessFile(const std::string& path, const std::s
 		defined.insert(kDifferentialSupport);
 		macros.Append(kDifferentialSupport, "1");
 	}
-	_vPathsInProgress.push_back(path);
+	_vTextsInProgress.push_back({path, defined});
 	std::string current;
 	Line line;
+	int32_t number = 0;
 	for (size_t begin = 0; begin < text.size() && success && !error;)
 	{
 		size_t end = text.find('\n', begin);
@@ -168,7 +187,12 @@ bool MgrEffectsImpl::_StreamAndProcessFile(const std::string& path, const std::s
 			end = text.size();
 		current.assign(text, begin, end - begin);
 		begin = end + 1;
-		if (line.Parse(current))
+		++number;
+		const bool directive = line.Parse(current);
+		// Every line but an #include yields one line of output; an included text maps its own lines.
+		if (!directive || line.sDirective != "#include")
+			_lineMap.AddLine(path, number);
+		if (directive)
 			success = _Directive(path, line, conditions, error, output, defined, macros, result);
 		else if (conditions.back() == kCondition_Active)
 		{
@@ -178,7 +202,7 @@ bool MgrEffectsImpl::_StreamAndProcessFile(const std::string& path, const std::s
 		else
 			output << '\n';
 	}
-	_vPathsInProgress.pop_back();
+	_vTextsInProgress.pop_back();
 	if (error || conditions.size() != 1)
 	{
 		_pConsole->Error("Effects Manager: Pre-Processor Condition Stack mismatch while reading file '%s'\n",
@@ -251,7 +275,7 @@ bool MgrEffectsImpl::_Include(const std::string& path, const std::string& word, 
 	_iLineOffset += 1;
 	if (!read)
 		return false;
-	if (_IsInProgress(includedPath))
+	if (_IsCycle(includedPath, defined))
 	{
 		_pConsole->Error("Effects Manager: Pre-Processor include cycle detected at '%s' in file '%s'\n",
 		                 name.c_str(), path.c_str());
@@ -301,15 +325,36 @@ bool MgrEffectsImpl::_Define(const std::string& path, const Line& line, DefinedN
 	return true;
 }
 
-bool MgrEffectsImpl::_IsInProgress(const std::string& path) const
+bool MgrEffectsImpl::_IsCycle(const std::string& path, const DefinedNames& defined) const
 {
-	return std::find(_vPathsInProgress.begin(), _vPathsInProgress.end(), path) != _vPathsInProgress.end();
+	// Every text starts by defining the differential name, so an entry never differs by that name alone.
+	DefinedNames withDifferential;
+	const DefinedNames* pDefined = &defined;
+	if (_pContext != nullptr && _pContext->IsDifferentialSupported() &&
+	    defined.count(kDifferentialSupport) == 0)
+	{
+		withDifferential = defined;
+		withDifferential.insert(kDifferentialSupport);
+		pDefined = &withDifferential;
+	}
+	// Directives are never substituted, so the names alone decide what a text includes next.
+	return std::any_of(_vTextsInProgress.begin(), _vTextsInProgress.end(),
+	                   [&](const TextInProgress& text)
+	                   { return text.sPath == path && text.defined == *pDefined; });
+}
+
+std::string MgrEffectsImpl::_Chain(const std::string& path) const
+{
+	std::string chain;
+	for (const TextInProgress& text : _vTextsInProgress)
+		chain += text.sPath + " -> ";
+	return chain + path;
 }
 
 bool MgrEffectsImpl::PreprocessFile(const std::string& name, std::string& path, std::string& text,
                                     Result* result)
 {
-	SaveLineOffset saved(_iLineOffset);
+	SaveLineOffset saved(_iLineOffset, _lineMap);
 	std::string source;
 	return _ReadFile(name, path, source) && PreprocessText(path, source, text, result);
 }
@@ -317,6 +362,7 @@ bool MgrEffectsImpl::PreprocessFile(const std::string& name, std::string& path, 
 bool MgrEffectsImpl::PreprocessText(const std::string& path, const std::string& source, std::string& text,
                                     Result* result)
 {
+	SaveLineOffset saved(_iLineOffset, _lineMap);
 	DefinedNames defined;
 	Macros macros;
 	std::stringstream output;

@@ -19,13 +19,13 @@ Library::~Library()
 }
 
 bool Library::Init(IMgrEffects* mgrEffects, const std::string& name, const std::string& source,
-                   Result* result, int lineOffset)
+                   Result* result, const LineMap& lines)
 {
 	_pMgrEffects = mgrEffects;
 	_pModule = new Module();
 	_sName = name;
 	std::vector<std::string> errors;
-	if (TslParser::Parse(_pModule, errors, name, source, lineOffset))
+	if (TslParser::Parse(_pModule, errors, _sName, source, lines))
 		return true;
 	// Added last to first, so that the printed result (which runs from the last message back) reads in order.
 	if (result)

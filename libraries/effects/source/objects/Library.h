@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "syntax/LineMap.h"
+
 namespace Tarsel
 {
 class Result;
@@ -25,9 +27,10 @@ public:
 	Library(const Library&) = delete;
 	Library& operator=(const Library&) = delete;
 
-	// lineOffset: what the first line of the source is numbered after, so messages name the file's own lines.
+	// lines: the file and line each line of the source was written on, so that messages and node locations
+	// name them (a plain line offset converts to a map of the library's own lines).
 	bool Init(IMgrEffects* mgrEffects, const std::string& name, const std::string& source, Result* result,
-	          int lineOffset);
+	          const LineMap& lines);
 	bool Shutdown();
 
 	Module* GetModule() const { return _pModule; }

@@ -255,7 +255,8 @@ private:
 	Expression* _pIndex;
 };
 
-// A call by name, or a constructor call on a built-in type; exactly one of the two is set.
+// A call by name, or a constructor call on a type. The constructor of a class that initialises an
+// interface input has both: the class name and a user type of that name.
 class FunctionCall : public Expression
 {
 public:
@@ -271,6 +272,7 @@ public:
 	void SetName(String* pName);
 	Type* GetType() { return _pType; }
 	const Type* GetType() const { return _pType; }
+	bool SetType(Type* pType) { return _Replace(_pType, pType); }
 	std::vector<Expression*>& GetParameters() { return _vParameters; }
 	const std::vector<Expression*>& GetParameters() const { return _vParameters; }
 	size_t GetCountParameters() const { return _vParameters.size(); }

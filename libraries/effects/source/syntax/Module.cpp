@@ -452,4 +452,10 @@ void Module::ClearFunctionDeclarations()
 	DestroyInOrder(_vFunctionDeclarations);
 }
 
+const LineMap* Module::KeepLineMap(const LineMap& map)
+{
+	_dLineMaps.push_back(map);
+	return &_dLineMaps.back();
+}
+
 } // namespace Tarsel::Effects

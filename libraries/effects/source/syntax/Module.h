@@ -1,7 +1,9 @@
 #pragma once
 
 #include "syntax/Declaration.h"
+#include "syntax/LineMap.h"
 
+#include <deque>
 #include <map>
 #include <string>
 #include <vector>
@@ -149,6 +151,10 @@ public:
 	void LogWarning(const std::string& sText) { _vWarnings.push_back(sText); }
 	void LogWarning(const char* pText) { _vWarnings.emplace_back(pText ? pText : ""); }
 
+	// Keeps a copy of the line map of a text parsed into this module, so that the file names the nodes'
+	// ranges point to live as long as the nodes.
+	const LineMap* KeepLineMap(const LineMap& map);
+
 private:
 	std::vector<String*> _vStrings;
 	std::vector<DeclarationStatement*> _vVariableDeclarations;
@@ -162,6 +168,7 @@ private:
 	std::vector<std::string> _vWarnings;
 	std::vector<Statement*> _vStatements;
 	std::vector<Expression*> _vExpressions;
+	std::deque<LineMap> _dLineMaps;
 };
 
 } // namespace Tarsel::Effects

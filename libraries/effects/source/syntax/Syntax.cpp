@@ -142,16 +142,16 @@ bool LocationRange::operator==(const LocationRange& other) const
 {
 	return _pSource == other._pSource && _iBeginLine == other._iBeginLine &&
 	       _iBeginColumn == other._iBeginColumn && _iEndLine == other._iEndLine &&
-	       _iEndColumn == other._iEndColumn;
+	       _iEndColumn == other._iEndColumn && _pFile == other._pFile;
 }
 
 std::string LocationRange::GetLocationText() const
 {
 	std::string sName = "<generated>";
-	if (_pSource)
+	if (const std::string* pFile = GetFile())
 	{
-		const size_t iSlash = _pSource->find_last_of("/\\");
-		sName = iSlash == std::string::npos ? *_pSource : _pSource->substr(iSlash + 1);
+		const size_t iSlash = pFile->find_last_of("/\\");
+		sName = iSlash == std::string::npos ? *pFile : pFile->substr(iSlash + 1);
 	}
 	return sName + ":" + std::to_string(_iBeginLine);
 }
@@ -234,15 +234,18 @@ Assignment::~Assignment()
 
 Assignment* Assignment::Clone(Module* pModule) const
 {
-	return WithRange(
-	    pModule->CreateAssignment(_eOperator, CloneNode(_pLeft, pModule), CloneNode(_pRight, pModule)), this);
+	return static_cast<Assignment*>(CloneSpine<Assignment, Expression>(
+	    this, pModule, [](const Assignment* p) { return p->_pRight; },
+	    [pModule](const Assignment* p, Expression* pRight)
+	    { return pModule->CreateAssignment(p->_eOperator, CloneNode(p->_pLeft, pModule), pRight); }));
 }
 
 bool Assignment::Equals(const Expression* pOther) const
 {
-	const Assignment* p = SameClass<Assignment>(pOther);
-	return p && _eOperator == p->_eOperator && EqualNodes(_pLeft, p->_pLeft) &&
-	       EqualNodes(_pRight, p->_pRight);
+	return EqualSpines<Assignment, Expression>(
+	    this, pOther, [](const Assignment* p) { return p->_pRight; },
+	    [](const Assignment* pA, const Assignment* pB)
+	    { return pA->_eOperator == pB->_eOperator && EqualNodes(pA->_pLeft, pB->_pLeft); });
 }
 
 BoolConstant* BoolConstant::Clone(Module* pModule) const
@@ -341,43 +344,20 @@ BinaryOperator::~BinaryOperator()
 	_Destroy(_pRight);
 }
 
-// Sums and comma lists of any length nest to the left; Clone and Equals follow that spine in a loop so
-// that such chains need no stack depth of their own.
 BinaryOperator* BinaryOperator::Clone(Module* pModule) const
 {
-	std::vector<const BinaryOperator*> vSpine;
-	const Expression* pBottom = this;
-	while (pBottom && pBottom->GetClass() == kClass_BinaryOperator)
-	{
-		vSpine.push_back(static_cast<const BinaryOperator*>(pBottom));
-		pBottom = vSpine.back()->_pLeft;
-	}
-	Expression* pClone = CloneNode(pBottom, pModule);
-	for (size_t i = vSpine.size(); i-- > 0;)
-	{
-		const BinaryOperator* pSource = vSpine[i];
-		pClone = WithRange(
-		    pModule->CreateBinaryOperator(pSource->_eOperator, pClone, CloneNode(pSource->_pRight, pModule)),
-		    pSource);
-	}
-	return static_cast<BinaryOperator*>(pClone);
+	return static_cast<BinaryOperator*>(CloneSpine<BinaryOperator, Expression>(
+	    this, pModule, [](const BinaryOperator* p) { return p->_pLeft; },
+	    [pModule](const BinaryOperator* p, Expression* pLeft)
+	    { return pModule->CreateBinaryOperator(p->_eOperator, pLeft, CloneNode(p->_pRight, pModule)); }));
 }
 
 bool BinaryOperator::Equals(const Expression* pOther) const
 {
-	const Expression* pA = this;
-	const Expression* pB = pOther;
-	while (pA && pA->GetClass() == kClass_BinaryOperator)
-	{
-		const BinaryOperator* pNodeA = static_cast<const BinaryOperator*>(pA);
-		const BinaryOperator* pNodeB = SameClass<BinaryOperator>(pB);
-		if (!pNodeB || pNodeA->_eOperator != pNodeB->_eOperator ||
-		    !EqualNodes(pNodeA->_pRight, pNodeB->_pRight))
-			return false;
-		pA = pNodeA->_pLeft;
-		pB = pNodeB->_pLeft;
-	}
-	return EqualNodes(pA, pB);
+	return EqualSpines<BinaryOperator, Expression>(
+	    this, pOther, [](const BinaryOperator* p) { return p->_pLeft; },
+	    [](const BinaryOperator* pA, const BinaryOperator* pB)
+	    { return pA->_eOperator == pB->_eOperator && EqualNodes(pA->_pRight, pB->_pRight); });
 }
 
 Conditional::Conditional(Module* pModule, Expression* pCondition, Expression* pTrue, Expression* pFalse)
@@ -530,6 +510,8 @@ FunctionCall* FunctionCall::Clone(Module* pModule) const
 {
 	FunctionCall* pClone = _pName ? pModule->CreateFunctionCall(CloneString(_pName, pModule))
 	                              : pModule->CreateFunctionCall(CloneNode(_pType, pModule));
+	if (_pName && _pType)
+		pClone->SetType(CloneNode(_pType, pModule));
 	for (const Expression* pParameter : _vParameters)
 		pClone->AddParameter(CloneNode(pParameter, pModule));
 	return WithRange(pClone, this);
@@ -690,18 +672,24 @@ SelectionStatement::~SelectionStatement()
 
 SelectionStatement* SelectionStatement::Clone(Module* pModule) const
 {
-	SelectionStatement* pClone = pModule->CreateSelectionStatement();
-	pClone->SetCondition(CloneNode(_pCondition, pModule));
-	pClone->SetThen(CloneNode(_pThen, pModule));
-	pClone->SetElse(CloneNode(_pElse, pModule));
-	return WithRange(pClone, this);
+	return static_cast<SelectionStatement*>(CloneSpine<SelectionStatement, Statement>(
+	    this, pModule, [](const SelectionStatement* p) { return p->_pElse; },
+	    [pModule](const SelectionStatement* p, Statement* pElse)
+	    {
+		    SelectionStatement* pClone = pModule->CreateSelectionStatement();
+		    pClone->SetCondition(CloneNode(p->_pCondition, pModule));
+		    pClone->SetThen(CloneNode(p->_pThen, pModule));
+		    pClone->SetElse(pElse);
+		    return pClone;
+	    }));
 }
 
 bool SelectionStatement::Equals(const Statement* pOther) const
 {
-	const SelectionStatement* p = SameClass<SelectionStatement>(pOther);
-	return p && EqualNodes(_pElse, p->_pElse) && EqualNodes(_pCondition, p->_pCondition) &&
-	       EqualNodes(_pThen, p->_pThen);
+	return EqualSpines<SelectionStatement, Statement>(
+	    this, pOther, [](const SelectionStatement* p) { return p->_pElse; },
+	    [](const SelectionStatement* pA, const SelectionStatement* pB)
+	    { return EqualNodes(pA->_pCondition, pB->_pCondition) && EqualNodes(pA->_pThen, pB->_pThen); });
 }
 
 IterationStatement::~IterationStatement()

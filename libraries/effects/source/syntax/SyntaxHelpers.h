@@ -85,4 +85,41 @@ T* WithRange(T* pClone, const Syntax* pSource)
 	return pClone;
 }
 
+// Long chains of one node class through one child (sums nest to the left, assignments to the right,
+// else-if chains through the else branch) are cloned and compared along that spine in a loop, so that
+// their length costs no stack. Next gives a node's spine child; Make builds a node's clone around the
+// clone of its spine child; Same compares everything of two nodes but the spine child.
+template <class T, class Base, class Next, class Make>
+Base* CloneSpine(const T* pTop, Module* pModule, Next next, Make make)
+{
+	std::vector<const T*> vSpine;
+	const Base* pBottom = pTop;
+	while (pBottom && pBottom->GetClass() == T::ClassStatic())
+	{
+		vSpine.push_back(static_cast<const T*>(pBottom));
+		pBottom = next(vSpine.back());
+	}
+	Base* pClone = CloneNode(pBottom, pModule);
+	for (size_t i = vSpine.size(); i-- > 0;)
+		pClone = WithRange(make(vSpine[i], pClone), vSpine[i]);
+	return pClone;
+}
+
+template <class T, class Base, class Next, class Same>
+bool EqualSpines(const T* pTop, const Base* pOther, Next next, Same same)
+{
+	const Base* pA = pTop;
+	const Base* pB = pOther;
+	while (pA && pA->GetClass() == T::ClassStatic())
+	{
+		const T* pNodeA = static_cast<const T*>(pA);
+		const T* pNodeB = SameClass<T>(pB);
+		if (!pNodeB || !same(pNodeA, pNodeB))
+			return false;
+		pA = next(pNodeA);
+		pB = next(pNodeB);
+	}
+	return EqualNodes(pA, pB);
+}
+
 } // namespace Tarsel::Effects::Detail

@@ -23,8 +23,8 @@ class TIParentSyntax;
 template <class T>
 class TParentSyntaxConst;
 
-// Source span of a node. Lines count from 1 after the line offset; columns are 0-based byte offsets, the
-// end column is just past the last token.
+// Source span of a node. Lines are those of the file the text was written in (a library's text may splice
+// several files); columns are 0-based byte offsets, the end column is just past the last token.
 struct LocationRange
 {
 	const std::string* _pSource = nullptr; // the library name the parser was given; null when unknown
@@ -32,26 +32,32 @@ struct LocationRange
 	int32_t _iBeginColumn = 0;
 	int32_t _iEndLine = 0;
 	int32_t _iEndColumn = 0;
+	// The file the first line was written in, as the preprocessor named it (an included file, or the
+	// library's own); null when the text came without a line map. The end line counts in the file of the
+	// last token.
+	const std::string* _pFile = nullptr;
 
 	LocationRange() = default;
 	LocationRange(const std::string* pSource, int32_t iBeginLine, int32_t iBeginColumn, int32_t iEndLine,
-	              int32_t iEndColumn)
+	              int32_t iEndColumn, const std::string* pFile = nullptr)
 	    : _pSource(pSource), _iBeginLine(iBeginLine), _iBeginColumn(iBeginColumn), _iEndLine(iEndLine),
-	      _iEndColumn(iEndColumn)
+	      _iEndColumn(iEndColumn), _pFile(pFile)
 	{
 	}
 
 	bool operator==(const LocationRange& other) const;
 	bool operator!=(const LocationRange& other) const { return !(*this == other); }
 
-	// File name without directories (or "<generated>"), ":" and the begin line.
+	// The file the node was written in: the included file's path, else the library name; null when unknown.
+	const std::string* GetFile() const { return _pFile ? _pFile : _pSource; }
+	// File name without directories (or "<generated>"), ":" and the begin line: where a user finds the node.
 	std::string GetLocationText() const;
 };
 
 // Base of every node. Nodes come from one pool-backed allocator (see Syntax.cpp) and are destroyed
-// iteratively, so that trees of any depth can be deleted. Clone, Equals and visitor walks recurse once per
-// level (left-nested operator chains excepted for Clone and Equals): they rely on the parser's cap on tree
-// height (1000) and on generated code staying shallow.
+// iteratively, so that trees of any depth can be deleted. Clone and Equals follow the long chains (sums,
+// assignments, else-if) in loops and recurse once per level of any other nesting; visitor walks recurse
+// once per level. Both rely on the parser's cap on tree height (TslParser::kMaxTreeHeight).
 class Syntax
 {
 public:

@@ -130,7 +130,7 @@ class_members(A) ::= CLASS(K) IDENTIFIER(N) COLON IDENTIFIER(I) LBRACE.
                                                      { A = pParser->CreateClassDefinition(K, N, I); }
 
 /* Coordinates: geometry the renderer hands to the class in the space the keyword names.
-**     coord vec3 P;     normal vec3 N;     tangent vec3 T;
+**     coord vec3 P;     normal vec3 N;     tangent vec3 T;     coord normal vec3 N;     coord tangent vec3 T;
 ** A name may be a coordinate only once per class. */
 class_members(A) ::= class_members(A) coord_keyword(K) coord_type(T) IDENTIFIER(N) SEMICOLON(S).
                                                      { pParser->AddCoord(A, K, T, N, S); }
@@ -138,6 +138,8 @@ class_members(A) ::= class_members(A) coord_keyword(K) coord_type(T) IDENTIFIER(
 coord_keyword(A) ::= COORD(K).    { A = pParser->Keyword(K, kTransformation_Coord); }
 coord_keyword(A) ::= NORMAL(K).   { A = pParser->Keyword(K, kTransformation_Normal); }
 coord_keyword(A) ::= TANGENT(K).  { A = pParser->Keyword(K, kTransformation_Tangent); }
+coord_keyword(A) ::= COORD(K) NORMAL.   { A = pParser->Keyword(K, kTransformation_Normal); }
+coord_keyword(A) ::= COORD(K) TANGENT.  { A = pParser->Keyword(K, kTransformation_Tangent); }
 
 coord_type(A) ::= FLOAT(K).  { A = pParser->CreateType(K, kType_Float); }
 coord_type(A) ::= VEC2(K).   { A = pParser->CreateType(K, kType_Vec2); }
@@ -165,7 +167,7 @@ class_members(A) ::= class_members(A) member_variable(V).  { pParser->AddMemberV
 
 member_variable(A) ::= member_declarator(A) SEMICOLON(S).  { pParser->Close(A, S); }
 member_variable(A) ::= member_declarator(A) EQUAL member_initializer(I) SEMICOLON(S).
-                                                           { pParser->SetInitializer(A, I, S); }
+                                                           { pParser->SetMemberInitializer(A, I, S); }
 
 member_declarator(A) ::= member_head(A).
 member_declarator(A) ::= member_head(A) array_size(S).     { pParser->MakeArrayVariable(A, S); }

@@ -51,8 +51,14 @@ TslRange Join(const TslRange& first, const TslRange& last)
 bool TslParser::Parse(Module* pModule, std::vector<std::string>& errors, const std::string& name,
                       const std::string& text, int lineOffset)
 {
+	return Parse(pModule, errors, name, text, LineMap(lineOffset));
+}
+
+bool TslParser::Parse(Module* pModule, std::vector<std::string>& errors, const std::string& name,
+                      const std::string& text, const LineMap& lines)
+{
 	TslParser parser;
-	const bool parsed = parser.Parse(pModule, name, text, lineOffset);
+	const bool parsed = parser.Parse(pModule, name, text, lines);
 	if (!parsed)
 		errors.insert(errors.end(), parser._vErrors.begin(), parser._vErrors.end());
 	return parsed;
@@ -68,10 +74,17 @@ TslParser::~TslParser()
 
 bool TslParser::Parse(Module* pModule, const std::string& name, const std::string& text, int lineOffset)
 {
+	return Parse(pModule, name, text, LineMap(lineOffset));
+}
+
+bool TslParser::Parse(Module* pModule, const std::string& name, const std::string& text, const LineMap& lines)
+{
 	_psName = &name;
 	_psText = &text;
 	_pModule = pModule;
-	_iLine = lineOffset;
+	// A map without lines names no file, so only one with lines needs to live as long as the nodes.
+	_pLines = lines.GetCountLines() > 0 ? pModule->KeepLineMap(lines) : &lines;
+	_iLine = 0;
 	_iErrorCount = 0;
 	_vErrors.clear();
 	_bStopped = false;
@@ -84,7 +97,7 @@ bool TslParser::Parse(Module* pModule, const std::string& name, const std::strin
 	_pMachine = TslGrammarAlloc(std::malloc);
 
 	TslScanner scanner;
-	scanner.Init(this, text, lineOffset);
+	scanner.Init(this, text, *_pLines);
 	const bool scanned = scanner.Scan();
 	if (!_bStopped)
 		TslGrammar(_pMachine, kToken_End, TslSymbol{}, this);
@@ -106,8 +119,8 @@ bool TslParser::_Feed(int token, const LocationRange& range, long value, const c
 		return false;
 	_iCurrentToken = token;
 	_currentToken = TslSymbol{};
-	_currentToken.range = {_psName, range._iBeginLine, range._iBeginColumn, range._iEndLine,
-	                       range._iEndColumn};
+	_currentToken.range = {_psName,         range._iBeginLine, range._iBeginColumn,
+	                       range._iEndLine, range._iEndColumn, range._pFile};
 	_currentToken.iValue = value;
 	if (pText)
 	{
@@ -170,10 +183,11 @@ void TslParser::Error(const std::string& message)
 
 void TslParser::Error(const std::string& message, int)
 {
+	const LineMap::Position position = _pLines->Resolve(_iLine + 1);
 	char prefix[32];
-	std::snprintf(prefix, sizeof(prefix), "(%d) : ", _iLine + 1);
+	std::snprintf(prefix, sizeof(prefix), "(%d) : ", int(position.iLine));
 	++_iErrorCount;
-	_vErrors.push_back(*_psName + prefix + message + "\n");
+	_vErrors.push_back((position.pFile ? *position.pFile : *_psName) + prefix + message + "\n");
 }
 
 void TslParser::_RefuseNesting()
@@ -225,7 +239,7 @@ void TslParser::_SetRange(TslSymbol& symbol, const TslRange& first, const TslRan
 	const TslRange& range = symbol.range = Join(first, last);
 	if (symbol.pNode)
 		symbol.pNode->SetRange(LocationRange(range.pSource, range.iBeginLine, range.iBeginColumn,
-		                                     range.iEndLine, range.iEndColumn));
+		                                     range.iEndLine, range.iEndColumn, range.pFile));
 }
 
 void TslParser::_Adopt(TslSymbol& parent, const TslSymbol& child)
@@ -451,6 +465,26 @@ void TslParser::SetInitializer(TslSymbol& declaration, TslSymbol& initializer, c
 	As<VariableDeclaration>(declaration)->SetInitializer(As<Expression>(initializer));
 	_Adopt(declaration, initializer);
 	_SetRange(declaration, declaration.range, last.range);
+}
+
+void TslParser::SetMemberInitializer(TslSymbol& declaration, TslSymbol& initializer, const TslSymbol& last)
+{
+	const VariableDeclaration* pDeclaration = As<VariableDeclaration>(declaration);
+	Syntax* pInitializer = initializer.pNode;
+	const bool connects = pDeclaration->GetStorageQualifier() == kStorage_Input &&
+	                      pDeclaration->GetType()->GetClass() == kClass_UserType &&
+	                      static_cast<Expression*>(pInitializer)->GetClass() == kClass_FunctionCall;
+	if (connects)
+	{
+		FunctionCall* pCall = static_cast<FunctionCall*>(pInitializer);
+		if (pCall->GetName() && !pCall->GetType())
+		{
+			UserType* pType = _pModule->CreateUserType(_pModule->CreateString(pCall->GetName()->c_str()));
+			pType->SetRange(pCall->GetRange());
+			pCall->SetType(pType);
+		}
+	}
+	SetInitializer(declaration, initializer, last);
 }
 
 // ----------------------------------------------------------------------------------------------------------

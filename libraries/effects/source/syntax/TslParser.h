@@ -20,6 +20,7 @@ struct TslRange
 	int32_t iBeginColumn;
 	int32_t iEndLine;
 	int32_t iEndColumn;
+	const std::string* pFile; // where the first line was written, as LocationRange::_pFile
 };
 
 // One entry of the parsing machine's stack: a token's value, or the node that a rule has built so far.
@@ -49,11 +50,17 @@ class TslParser : public IParser
 {
 public:
 	// Trees deeper than this are refused, and so is nesting that keeps more symbols pending on the
-	// machine's stack: node destruction, cloning and visiting recurse once per level.
-	static constexpr int kMaxTreeHeight = 1000;
-	static constexpr int kMaxPendingSymbols = 10000;
+	// machine's stack. Visitor walks recurse once per level (about 110 bytes a level in an optimised
+	// build, 400 with sanitizers), so this height stays well inside a default 8 MB stack while leaving room
+	// for generated chains of ten thousand terms.
+	static constexpr int kMaxTreeHeight = 12000;
+	static constexpr int kMaxPendingSymbols = 4 * kMaxTreeHeight;
 
-	// Parses text into pModule; on failure appends the messages to errors.
+	// Parses text into pModule; on failure appends the messages to errors. Messages and node ranges give
+	// each line as the line map places it: in the file it was written in, under that file's own number.
+	// The module keeps a copy of the map, whose file names the ranges point to.
+	static bool Parse(Module* pModule, std::vector<std::string>& errors, const std::string& name,
+	                  const std::string& text, const LineMap& lines);
 	static bool Parse(Module* pModule, std::vector<std::string>& errors, const std::string& name,
 	                  const std::string& text, int lineOffset);
 
@@ -65,6 +72,7 @@ public:
 	bool Init() { return true; }
 	bool Shutdown() { return true; }
 	// True when the whole text was scanned and nothing was reported.
+	bool Parse(Module* pModule, const std::string& name, const std::string& text, const LineMap& lines);
 	bool Parse(Module* pModule, const std::string& name, const std::string& text, int lineOffset);
 
 	void ParseConstantBool(const LocationRange& range, bool value) override;
@@ -123,6 +131,8 @@ public:
 	TslSymbol CreateVariableDeclaration(TslSymbol& type, TslSymbol& name);
 	TslSymbol CreateMember(const TslSymbol& first, TslSymbol& type, TslSymbol& name, int flags);
 	void SetInitializer(TslSymbol& declaration, TslSymbol& initializer, const TslSymbol& last);
+	// As SetInitializer; `input Light l = Spot();` also types the call as the class it constructs.
+	void SetMemberInitializer(TslSymbol& declaration, TslSymbol& initializer, const TslSymbol& last);
 
 	TslSymbol CreateFunctionPrototype(TslSymbol& name);
 	TslSymbol CreateFunctionParameter(TslSymbol& type, TslSymbol& name);
@@ -189,7 +199,8 @@ private:
 	Module* _pModule = nullptr;
 	int32_t _iCurrentToken = kToken_End;
 	TslSymbol _currentToken{};
-	int32_t _iLine = 0;
+	int32_t _iLine = 0; // newlines seen
+	const LineMap* _pLines = nullptr;
 	std::vector<std::string> _vErrors;
 	int32_t _iErrorCount = 0;
 	// Text of the last identifier or float fed, kept for messages after its string has moved on.

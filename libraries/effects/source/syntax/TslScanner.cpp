@@ -176,6 +176,12 @@ const char* TslTokenToString(int token)
 
 bool TslScanner::Init(IParser* pParser, const std::string& text, int lineOffset)
 {
+	_offsetOnly = LineMap(lineOffset);
+	return Init(pParser, text, _offsetOnly);
+}
+
+bool TslScanner::Init(IParser* pParser, const std::string& text, const LineMap& lines)
+{
 	_pParser = pParser;
 	_pTokenStart = nullptr;
 	_pTokenEnd = nullptr;
@@ -185,7 +191,9 @@ bool TslScanner::Init(IParser* pParser, const std::string& text, int lineOffset)
 	_pLineStart = _pPosition;
 	_pEnd = text.data() + text.size();
 	_pEndOfInput = _pEnd;
-	_iLine = lineOffset + 1;
+	_pLines = &lines;
+	_iLine = 1;
+	_position = lines.Resolve(_iLine);
 	return true;
 }
 
@@ -238,13 +246,14 @@ void TslScanner::_NewLine(const char* pAfter)
 {
 	_pLineStart = pAfter;
 	++_iLine;
+	_position = _pLines->Resolve(_iLine);
 	_pParser->NewLine();
 }
 
 LocationRange TslScanner::_Range() const
 {
-	return LocationRange(nullptr, _iLine, int32_t(_pTokenStart - _pLineStart), _iLine,
-	                     int32_t(_pTokenEnd - _pLineStart));
+	return LocationRange(nullptr, _position.iLine, int32_t(_pTokenStart - _pLineStart), _position.iLine,
+	                     int32_t(_pTokenEnd - _pLineStart), _position.pFile);
 }
 
 void TslScanner::_Send(int token)

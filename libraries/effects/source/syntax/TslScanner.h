@@ -140,6 +140,8 @@ public:
 	~TslScanner() = default;
 
 	bool Init(IParser* pParser, const std::string& text, int lineOffset);
+	// Numbers tokens by the file and line each line of the text came from; the map must outlive Scan.
+	bool Init(IParser* pParser, const std::string& text, const LineMap& lines);
 	// Sends every token in order; false when it stopped at a character that starts no token.
 	bool Scan();
 
@@ -171,7 +173,10 @@ private:
 	const char* _pEnd = nullptr;
 	const char* _pEndOfInput = nullptr;
 	const char* _pLineStart = nullptr;
-	int32_t _iLine = 0;
+	int32_t _iLine = 0; // line of the text, from 1
+	const LineMap* _pLines = nullptr;
+	LineMap::Position _position{}; // where the current line was written
+	LineMap _offsetOnly;           // the map of Init with a plain offset
 };
 
 } // namespace Tarsel::Effects

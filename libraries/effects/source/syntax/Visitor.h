@@ -8,7 +8,8 @@ namespace Tarsel::Effects
 
 // Double-dispatch visitor. The default overloads walk the children (see Visitor.cpp for the order) and stop
 // at the first false. Non-const walks apply replacements requested through the parent links. Walks recurse
-// once per tree level; trees reaching the walk are expected to be no deeper than the parser's nesting cap.
+// once per tree level (an override may call the base walk of its node, so the walk cannot be a loop);
+// trees reaching the walk are expected to be no deeper than the parser's cap on tree height.
 class Visitor
 {
 public:
