@@ -119,10 +119,11 @@ TEST(QlslCompile, ScopesFollowBlocksLoopsAndFunctions)
 TEST(QlslCompile, AggregatesBlocksAndSwizzles)
 {
 	const std::string globals =
-	    "struct S\n{\n\tvec3 v;\n\tfloat f[2];\n};\nuniformblock B\n{\n\tvec4 a[1];\n};\n";
-	EXPECT_EQ("", FirstError(kRay, Body("S s = S(vec3(1.0), 2.0);\nfloat x = s.f[1] + s.v.z + B.a[0].w;\n"
-	                                    "vec2 p = B.a[0].xy;\nvec4 q = vec4(p.yx, s.v.rg);",
-	                                    globals)));
+	    "struct S\n{\n\tvec3 v;\n\tvec2 f;\n};\nuniformblock B\n{\n\tvec4 a[1];\n};\n";
+	EXPECT_EQ("",
+	          FirstError(kRay, Body("S s = S(vec3(1.0), vec2(2.0));\nfloat x = s.f[1] + s.v.z + B.a[0].w;\n"
+	                                "vec2 p = B.a[0].xy;\nvec4 q = vec4(p.yx, s.v.rg);",
+	                                globals)));
 	EXPECT_NE(std::string::npos, FirstError(kRay, Body("S s = S(vec3(1.0));", globals)).find("needs 2"));
 	EXPECT_NE(std::string::npos,
 	          FirstError(kRay, Body("float x = B.b[0].x;", globals)).find("'b' : no such field"));
@@ -221,14 +222,26 @@ TEST(QlslCompile, DeepNestingIsRefusedNotOverflowed)
 	EXPECT_NE(std::string::npos, FirstError(kRay, parens).find("nesting too deep"));
 	std::string blocks = Body(std::string(depth, '{') + std::string(depth, '}'));
 	EXPECT_NE(std::string::npos, FirstError(kRay, blocks).find("nesting too deep"));
-	std::string unary = Body("float x = " + std::string(depth, '-') + "1.0;");
+	std::string minus;
+	for (int i = 0; i < depth; ++i)
+		minus += "- ";
+	std::string unary = Body("float x = " + minus + "1.0;");
 	EXPECT_NE(std::string::npos, FirstError(kRay, unary).find("nesting too deep"));
 	std::string ifs;
 	for (int i = 0; i < depth; ++i)
 		ifs += "if (true) ";
 	EXPECT_NE(std::string::npos, FirstError(kRay, Body(ifs + ";")).find("nesting too deep"));
-	std::string reasonable = Body("float x = " + std::string(60, '(') + "1.0" + std::string(60, ')') + ";");
-	EXPECT_EQ("", FirstError(kRay, reasonable));
+	// What the printer emits for the deepest libraries: fully parenthesised sums and deep blocks.
+	std::string sum = std::string(20000, '(') + "1.0";
+	for (int i = 0; i < 20000; ++i)
+		sum += "+1.0)";
+	EXPECT_EQ("", FirstError(kRay, Body("float x = " + std::string(20000, '(') + "1.0" +
+	                                    std::string(20000, ')') + ";\nfloat y = " + sum + ";")));
+	EXPECT_EQ("", FirstError(kRay, Body(std::string(2000, '{') + "float z = 1.0;" + std::string(2000, '}'))));
+	std::string elses = "int n = 0;\n";
+	for (int i = 0; i < 2000; ++i)
+		elses += "if ((n==" + std::to_string(i) + ")) { n++; } else ";
+	EXPECT_EQ("", FirstError(kRay, Body(elses + "n = 0;")));
 }
 
 TEST(QlslCompile, FailedCompileKeepsTextAndDropsTheOldProgram)
@@ -252,7 +265,7 @@ TEST(QlslCompile, PrinterEdgeFormsParse)
 {
 	const std::string text =
 	    "float f(float x)\n{\n\treturn (x*2.0);\n}\n\n"
-	    "void main()\n{\n\tint a = 0;\n\tint b;\n\tif (a)\n\t\tb = 1;\n\n\telse\n\t\tb = 2;\n"
+	    "void main()\n{\n\tint a = 0;\n\tint b;\n\tif ((a==0))\n\t\tb = 1;\n\n\telse\n\t\tb = 2;\n"
 	    "\tif ((a>0))\n\t\t// optimizer removed call to empty function g\n"
 	    "\t\t// emitting parameters of removed call as standalone expressions:\n"
 	    "\t\t{\n\t\t\t(a+1);\n\t\t};\n"

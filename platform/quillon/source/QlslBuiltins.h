@@ -1,6 +1,9 @@
 #pragma once
 
+#include "QlslTypes.h"
+
 #include <string_view>
+#include <vector>
 
 namespace Tarsel
 {
@@ -29,22 +32,24 @@ struct BuiltinVariable
 	const char* type;
 	int arraySize; // 0: not an array
 	unsigned stages;
+	bool writable; // outputs of the stage; everything else is read-only input
 };
 
-// Return types: a type name, "$1" for the type of the first argument, "" when not tracked.
-struct BuiltinFunction
+// One concrete signature of a built-in function.
+struct BuiltinOverload
 {
-	const char* name;
-	int minArgs;
-	int maxArgs;
-	const char* returnType;
-	unsigned stages;
+	std::string_view name;
+	Type result;
+	Type parameters[4];
+	int count = 0;
+	unsigned stages = 0;
+	bool constant = false; // with constant arguments the call is a constant expression
 };
 
 // Null when the name is not built in for that stage.
 const BuiltinVariable* FindBuiltinVariable(std::string_view name, unsigned stage);
-// Any entry of that name for the stage, null when none; arity is checked by the caller.
-const BuiltinFunction* FindBuiltinFunction(std::string_view name, unsigned stage);
+// Every overload of a built-in function of any stage; null when the name is no built-in function.
+const std::vector<BuiltinOverload>* FindBuiltinOverloads(std::string_view name);
 // Whether the name is built in for some stage (for a clearer message when used in the wrong one).
 bool IsBuiltinName(std::string_view name);
 

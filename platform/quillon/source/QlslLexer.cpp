@@ -1,5 +1,6 @@
 #include "QlslLexer.h"
 
+#include <cstring>
 #include <unordered_map>
 
 namespace Tarsel
@@ -78,27 +79,19 @@ bool IsIdentChar(char c)
 	return IsIdentStart(c) || IsDigit(c);
 }
 
-// Longest operators first so that the first match is the longest.
-const char* const kPuncts[] = {"<<=", ">>=", "++", "--", "<<", ">>", "<=", ">=", "==", "!=", "&&",
-                               "||",  "^^",  "+=", "-=", "*=", "/=", "%=", "&=", "|=", "^="};
-const char kSingles[] = "+-*/%<>=!~&|^?:;,.()[]{}";
-
+// The length of the operator at p: compound forms first, then the single characters.
 size_t MatchPunct(const char* p, const char* end)
 {
-	for (const char* punct : kPuncts)
-	{
-		size_t n = 0;
-		while (punct[n] && p + n < end && p[n] == punct[n])
-			++n;
-		if (!punct[n])
-			return n;
-	}
-	for (const char* s = kSingles; *s; ++s)
-	{
-		if (*p == *s)
-			return 1;
-	}
-	return 0;
+	static const char kSingles[] = "+-*/%<>=!~&|^?:;,.()[]{}";
+	char c = p[0];
+	char next = p + 1 < end ? p[1] : 0;
+	if ((c == '<' || c == '>') && next == c)
+		return p + 2 < end && p[2] == '=' ? 3 : 2;
+	if ((c == '+' || c == '-' || c == '&' || c == '|' || c == '^') && next == c)
+		return 2;
+	if (next == '=' && c && std::strchr("<>=!+-*/%&|^", c))
+		return 2;
+	return c && std::strchr(kSingles, c) ? 1 : 0;
 }
 
 // Scans a number starting at p; answers its length and whether it is a float. Zero on a malformed one.
@@ -149,7 +142,7 @@ bool Tokenize(const std::string& text, std::vector<Token>& tokens, std::string& 
 	const char* end = p + text.size();
 	int line = 1;
 	tokens.clear();
-	tokens.reserve(text.size() / 4 + 1);
+	tokens.reserve(text.size() / 3 + 1);
 	while (p < end)
 	{
 		char c = *p;
