@@ -8,6 +8,11 @@ command -v lemon >/dev/null || missing+=(lemon)
 [ -f /usr/share/lemon/lempar.c ] || missing+=(lemon)
 [ -d /usr/lib/x86_64-linux-gnu/cmake/GTest ] || [ -d /usr/lib/cmake/GTest ] || missing+=(libgtest-dev libgmock-dev)
 [ -d /usr/lib/x86_64-linux-gnu/cmake/benchmark ] || [ -d /usr/lib/cmake/benchmark ] || missing+=(libbenchmark-dev)
+# The fuzz targets: clang with its libFuzzer runtime.
+command -v clang++ >/dev/null || missing+=(clang)
+compgen -G "/usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer-x86_64.a" >/dev/null || missing+=(libclang-rt-14-dev)
+# Not needed, but rebuilds on the same machine are much quicker with it.
+command -v ccache >/dev/null || missing+=(ccache)
 if [ ${#missing[@]} -gt 0 ]; then
   if [ "$(id -u)" -ne 0 ]; then
     echo "Missing: ${missing[*]}. Install them with: sudo apt-get install -y ${missing[*]}" >&2

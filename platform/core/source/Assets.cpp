@@ -167,11 +167,24 @@ private:
 
 	std::vector<std::string> _vRoots;
 };
+
+IMgrAssets*& Installed()
+{
+	static IMgrAssets* pInstalled = nullptr;
+	return pInstalled;
+}
 } // namespace
 
 IMgrAssets* GetMgrAssets()
 {
 	static MgrAssets mgrAssets;
-	return &mgrAssets;
+	return Installed() ? Installed() : &mgrAssets;
+}
+
+IMgrAssets* SetMgrAssets(IMgrAssets* pMgrAssets)
+{
+	IMgrAssets* pPrevious = GetMgrAssets();
+	Installed() = pMgrAssets;
+	return pPrevious;
 }
 } // namespace Tarsel

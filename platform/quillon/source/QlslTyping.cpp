@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 
 namespace Tarsel
 {
@@ -642,6 +643,12 @@ int Typing::ArraySize(const Expr* size)
 	if (size->value <= 0)
 	{
 		_rDiagnostics.Error(size->line, "array size must be positive");
+		return 1;
+	}
+	// A literal too long for an int must not reach the conversion, which would be undefined.
+	if (size->value > double(std::numeric_limits<int>::max()))
+	{
+		_rDiagnostics.Error(size->line, "array size is too large");
 		return 1;
 	}
 	return int(size->value);

@@ -1,3 +1,4 @@
+#include "quillon/FaultInjection.h"
 #include "quillon/Reference.h"
 
 #include <cstring>
@@ -21,6 +22,8 @@ ReferenceBuffer::ReferenceBuffer(ReferenceContext* context) : _pContext(context)
 
 bool ReferenceBuffer::Storage(const void* data, size_t bytes)
 {
+	if (QLFaultInjection::Fail("Storage"))
+		return false;
 	if (bytes == 0 || HasStorage() || IsMapped())
 	{
 		_pContext->Message("ReferenceBuffer::Storage refused (%zu bytes, %s)\n", bytes,
@@ -35,6 +38,8 @@ bool ReferenceBuffer::Storage(const void* data, size_t bytes)
 
 bool ReferenceBuffer::Respecify(const void* data, size_t bytes, bool orphan)
 {
+	if (QLFaultInjection::Fail("Respecify"))
+		return false;
 	if (bytes == 0 || !HasStorage() || IsMapped())
 	{
 		_pContext->Message("ReferenceBuffer::Respecify refused (%zu bytes, %s)\n", bytes,
@@ -53,6 +58,8 @@ bool ReferenceBuffer::Respecify(const void* data, size_t bytes, bool orphan)
 
 void* ReferenceBuffer::Map(int access)
 {
+	if (QLFaultInjection::Fail("Map"))
+		return nullptr;
 	if (!HasStorage() || IsMapped() ||
 	    (access != QLBufferMapping::kAccess_Read && access != QLBufferMapping::kAccess_Write))
 	{

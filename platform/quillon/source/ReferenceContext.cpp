@@ -1,3 +1,4 @@
+#include "quillon/FaultInjection.h"
 #include "quillon/Reference.h"
 
 #include <cstdarg>
@@ -63,7 +64,7 @@ IQLShader* ReferenceContext::CreateShader(int type)
 		Message("ReferenceContext::CreateShader unknown type %d\n", type);
 		return nullptr;
 	}
-	if (ConsumeFailure(_nFailShader))
+	if (ConsumeFailure(_nFailShader) || QLFaultInjection::Fail("CreateShader"))
 		return nullptr;
 	ReferenceShader* shader = new ReferenceShader(this, type);
 	_setShaders.insert(shader);
@@ -96,7 +97,7 @@ void ReferenceContext::DestroyShader(IQLShader* shader)
 
 IQLProgram* ReferenceContext::CreateProgram()
 {
-	if (ConsumeFailure(_nFailProgram))
+	if (ConsumeFailure(_nFailProgram) || QLFaultInjection::Fail("CreateProgram"))
 		return nullptr;
 	unsigned handle = ++gNextProgramHandle;
 	ReferenceProgram* program = new ReferenceProgram(this, handle);
@@ -123,7 +124,7 @@ void ReferenceContext::DestroyProgram(IQLProgram* program)
 
 IQLBuffer* ReferenceContext::CreateBuffer()
 {
-	if (ConsumeFailure(_nFailBuffer))
+	if (ConsumeFailure(_nFailBuffer) || QLFaultInjection::Fail("CreateBuffer"))
 		return nullptr;
 	ReferenceBuffer* buffer = new ReferenceBuffer(this);
 	_setBuffers.insert(buffer);

@@ -1,3 +1,4 @@
+#include "quillon/FaultInjection.h"
 #include "quillon/Reference.h"
 
 #include <cstring>
@@ -193,7 +194,7 @@ std::string ReferencePrimitive::_Check(const std::string& name, int location, QL
 bool ReferencePrimitive::_Write(const std::string& name, int location, QLSetter setter, int count,
                                 const void* values, size_t elementBytes, IQLBuffer* buffer)
 {
-	if (_bRefuseAll || _setRefused.count(setter))
+	if (_bRefuseAll || _setRefused.count(setter) || QLFaultInjection::Fail(QLSetterName(setter)))
 		return false;
 	std::string violation = _Check(name, location, setter, count, buffer);
 	if (violation.empty() && count > 0 && !values)

@@ -1,4 +1,5 @@
 #include "QlslLinker.h"
+#include "quillon/FaultInjection.h"
 #include "quillon/Reference.h"
 
 #include <algorithm>
@@ -52,6 +53,8 @@ void ReferenceProgram::SetName(const std::string& name)
 
 bool ReferenceProgram::AttachShader(IQLShader* shader)
 {
+	if (QLFaultInjection::Fail("AttachShader"))
+		return false;
 	if (!dynamic_cast<ReferenceShader*>(shader) ||
 	    std::find(_vAttached.begin(), _vAttached.end(), shader) != _vAttached.end())
 	{
@@ -89,6 +92,8 @@ bool ReferenceProgram::Link(std::vector<std::string>& errors)
 	_vUniformBlocks.clear();
 	_vAttributes.clear();
 	_vLinkedUnits.clear();
+	if (QLFaultInjection::Fail("Link", &errors))
+		return false;
 	if (_pContext->ConsumeFailLink())
 	{
 		errors.push_back("ERROR: Link: failure injected");

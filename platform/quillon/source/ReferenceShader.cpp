@@ -1,4 +1,5 @@
 #include "QlslUnit.h"
+#include "quillon/FaultInjection.h"
 #include "quillon/Reference.h"
 
 namespace Tarsel
@@ -24,7 +25,7 @@ void ReferenceShader::SetName(const std::string& name)
 bool ReferenceShader::SetString(const std::string& text, std::vector<std::string>& errors)
 {
 	_sText = text;
-	_pUnit = Qlsl::Compile(text, _iType, errors);
+	_pUnit = QLFaultInjection::Fail("Compile", &errors) ? nullptr : Qlsl::Compile(text, _iType, errors);
 	return _pUnit != nullptr;
 }
 

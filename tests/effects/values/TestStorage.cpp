@@ -209,10 +209,10 @@ TEST_F(StorageFixture, BufferInitRefusalKeepsTheLength)
 	ASSERT_TRUE(pStorage->Set(aTwo, 2));
 	IQLBuffer* pBuffer = static_cast<IValueBuffer*>(pStorage->GetValue())->GetBuffer();
 	{
-		// The device refuses to re-specify a mapped buffer.
+		// The device refuses to map a mapped buffer, so the values to keep cannot be read back.
 		QLBufferMapping held(pBuffer, QLBufferMapping::kAccess_Write);
 		EXPECT_FALSE(pStorage->SetLength(3));
-		EXPECT_TRUE(console.HasMessage("ValueBuffer<T>::_SetLength Buffer Init\n"));
+		EXPECT_TRUE(console.HasMessage("ValueBuffer<float>::GetArray Map Refused\n"));
 		EXPECT_FALSE(pStorage->Set(3.5f, 0));
 		EXPECT_TRUE(console.HasMessage("ValueBuffer<float>::Set Map Refused\n"));
 	}

@@ -153,7 +153,12 @@ protected:
 		const int nKept = std::min(nValues, pValue->GetLength());
 		std::unique_ptr<T[]> aValues(new T[size_t(nValues)]);
 		if (!pValue->GetArray(aValues.get(), nKept))
+		{
+			// Values that exist but cannot be read back are not silently replaced by defaults.
+			if (pValue->GetBuffer())
+				return false;
 			std::fill(aValues.get(), aValues.get() + nKept, Traits::Default());
+		}
 		std::fill(aValues.get() + nKept, aValues.get() + nValues, Traits::Default());
 		if (!pValue->SetLength(nValues))
 			return false;

@@ -28,9 +28,14 @@ public:
 		TARSEL_ASSERT(nValues >= 0);
 		nValues = std::max(nValues, 0);
 		_nValues = nValues;
-		if (_SetLength(nValues) && nValues > 0)
-			_Write("ValueBuffer",
-			       [&](Stored* pData) { std::fill(pData, pData + nValues, Traits::ToBuffer(tDefault)); });
+		if (_SetLength(nValues) && nValues > 0 &&
+		    !_Write("ValueBuffer",
+		            [&](Stored* pData) { std::fill(pData, pData + nValues, Traits::ToBuffer(tDefault)); }))
+		{
+			// Without its defaults the buffer holds no valid value: it is given up like a refused one.
+			_pContext->DestroyBuffer(_pBuffer);
+			_pBuffer = nullptr;
+		}
 	}
 	~ValueBuffer() override
 	{
@@ -103,7 +108,10 @@ public:
 		QLBufferMapping mapping(_pBuffer, QLBufferMapping::kAccess_Read);
 		const Stored* pData = static_cast<const Stored*>(mapping.GetData());
 		if (!pData)
+		{
+			GetMgrConsole()->Message("ValueBuffer<%s>::GetArray Map Refused\n", Traits::Name());
 			return false;
+		}
 		std::transform(pData, pData + nCount, pValues, &Traits::FromBuffer);
 		return true;
 	}

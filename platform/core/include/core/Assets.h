@@ -44,4 +44,7 @@ public:
 };
 
 IMgrAssets* GetMgrAssets();
+// Installs an asset manager (files served from memory, say) and answers the previous one; null restores
+// the file-system one.
+IMgrAssets* SetMgrAssets(IMgrAssets* pMgrAssets);
 } // namespace Tarsel
