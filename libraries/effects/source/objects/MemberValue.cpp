@@ -1,7 +1,7 @@
 #include "objects/MemberValue.h"
 
 #include "effects/IMgrEffects.h"
-#include "objects/IReferenceMember.h"
+#include "graph/ReferenceParameter.h"
 #include "syntax/Syntax.h"
 #include "values/AccessSeparate.h"
 
@@ -23,9 +23,9 @@ bool MemberValue::RemoveListenerChangeLength(const ListenerChangeLength& listene
 	return _setListenersChangeLength.Remove(listener);
 }
 
-IReferenceMember* MemberValue::CreateReference(IGraph*)
+IReferenceMember* MemberValue::CreateReference(IGraph* pGraph)
 {
-	return nullptr;
+	return ReferenceMember::Create(pGraph, this);
 }
 
 bool MemberValue::DestroyReference(IReferenceMember* pReference)

@@ -1,5 +1,6 @@
 #include "objects/ParameterCoord.h"
 
+#include "graph/ReferenceParameter.h"
 #include "objects/Diagnostics.h"
 #include "syntax/VisitorDelegate.h"
 
@@ -49,14 +50,14 @@ bool ParameterCoord::RemoveListenerChangeStructure(const Listener& listener)
 	return _setListenersChangeStructure.Remove(listener);
 }
 
-// The per-graph side of a coordinate comes with the graph.
-IReferenceParameter* ParameterCoord::CreateReference(IGraph*)
+IReferenceParameter* ParameterCoord::CreateReference(IGraph* graph)
 {
-	return nullptr;
+	return ReferenceParameter::Create(graph, this);
 }
 
-bool ParameterCoord::DestroyReference(IReferenceParameter*)
+bool ParameterCoord::DestroyReference(IReferenceParameter* reference)
 {
+	delete reference;
 	return true;
 }
 

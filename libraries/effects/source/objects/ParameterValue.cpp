@@ -1,7 +1,7 @@
 #include "objects/ParameterValue.h"
 
 #include "effects/IMgrEffects.h"
-#include "objects/IReferenceParameter.h"
+#include "graph/ReferenceParameter.h"
 #include "syntax/Syntax.h"
 #include "values/IStorage.h"
 #include "values/IValue.h"
@@ -59,9 +59,9 @@ bool ParameterValue::RemoveListenerChangeStructure(const Listener& listener)
 	return _setListenersChangeStructure.Remove(listener);
 }
 
-IReferenceParameter* ParameterValue::CreateReference(IGraph*)
+IReferenceParameter* ParameterValue::CreateReference(IGraph* pGraph)
 {
-	return nullptr;
+	return ReferenceParameter::Create(pGraph, this);
 }
 
 bool ParameterValue::DestroyReference(IReferenceParameter* pReference)
