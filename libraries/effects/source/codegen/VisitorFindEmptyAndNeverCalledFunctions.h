@@ -46,8 +46,9 @@ private:
 
 	Module* _pModule;
 	IGraph* _pGraph;
-	// Keyed by views into the module's own name strings, which outlive the pass.
-	std::unordered_map<std::string_view, Record> _mRecords;
+	// Hashed rather than ordered: nothing depends on the order, and the pass must stay linear. The keys are
+	// copies, so that a lookup compares against the record's own memory, not a node elsewhere in the module.
+	std::unordered_map<std::string, Record> _mRecords;
 	std::set<std::string, std::less<>> _setEntryPoints;
 };
 
