@@ -231,8 +231,17 @@ TEST(QlslCompile, DeepNestingIsRefusedNotOverflowed)
 	for (int i = 0; i < depth; ++i)
 		ifs += "if (true) ";
 	EXPECT_NE(std::string::npos, FirstError(kRay, Body(ifs + ";")).find("nesting too deep"));
-	std::string reasonable = Body("float x = " + std::string(60, '(') + "1.0" + std::string(60, ')') + ";");
-	EXPECT_EQ("", FirstError(kRay, reasonable));
+	// What the printer emits for the deepest libraries: fully parenthesised sums and deep blocks.
+	std::string sum = std::string(20000, '(') + "1.0";
+	for (int i = 0; i < 20000; ++i)
+		sum += "+1.0)";
+	EXPECT_EQ("", FirstError(kRay, Body("float x = " + std::string(20000, '(') + "1.0" +
+	                                    std::string(20000, ')') + ";\nfloat y = " + sum + ";")));
+	EXPECT_EQ("", FirstError(kRay, Body(std::string(2000, '{') + "float z = 1.0;" + std::string(2000, '}'))));
+	std::string elses = "int n = 0;\n";
+	for (int i = 0; i < 2000; ++i)
+		elses += "if ((n==" + std::to_string(i) + ")) { n++; } else ";
+	EXPECT_EQ("", FirstError(kRay, Body(elses + "n = 0;")));
 }
 
 TEST(QlslCompile, FailedCompileKeepsTextAndDropsTheOldProgram)

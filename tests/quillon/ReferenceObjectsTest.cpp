@@ -82,18 +82,28 @@ TEST(ReferenceBuffer, StorageRespecifyAndMappingRules)
 		EXPECT_FALSE(buffer->Respecify(nullptr, 16, true));
 		static_cast<int*>(write.GetData())[1] = 20;
 	}
-	{
-		QLBufferMapping read(buffer, QLBufferMapping::kAccess_Read);
-		ASSERT_NE(nullptr, read.GetData());
-		EXPECT_EQ(20, static_cast<const int*>(read.GetData())[1]);
-		static_cast<int*>(read.GetData())[0] = 99; // writes through a read mapping are undone and reported
-	}
 	ReferenceBuffer* reference = static_cast<ReferenceBuffer*>(buffer);
-	int first = 0;
-	std::memcpy(&first, reference->GetBytes(), sizeof(first));
-	EXPECT_EQ(1, first);
-	EXPECT_EQ("ReferenceBuffer::Unmap write through a read mapping\n", context.GetMessages().back());
-	EXPECT_EQ(2, reference->GetCountMaps());
+	// Writes through a read mapping go unnoticed unless the check mode is on; then they are undone and
+	// reported.
+	for (bool check : {false, true})
+	{
+		context.SetCheckReadMappings(check);
+		context.ClearMessages();
+		{
+			QLBufferMapping read(buffer, QLBufferMapping::kAccess_Read);
+			ASSERT_NE(nullptr, read.GetData());
+			EXPECT_EQ(20, static_cast<const int*>(read.GetData())[1]);
+			static_cast<int*>(read.GetData())[0] = check ? 77 : 99;
+		}
+		int first = 0;
+		std::memcpy(&first, reference->GetBytes(), sizeof(first));
+		EXPECT_EQ(99, first); // the unchecked write stays, the checked one is undone
+		if (check)
+			EXPECT_EQ("ReferenceBuffer::Unmap write through a read mapping\n", context.GetMessages().back());
+		else
+			EXPECT_TRUE(context.GetMessages().empty());
+	}
+	EXPECT_EQ(3, reference->GetCountMaps());
 	ASSERT_TRUE(buffer->Respecify(nullptr, 4, true));
 	EXPECT_EQ(4u, buffer->GetSize());
 	EXPECT_EQ(1, reference->GetCountRespecifies());
@@ -208,6 +218,40 @@ TEST_F(ReferencePrimitiveTest, StrictWritesMustMatchTheCurrentProgram)
 
 	primitive.Unbind();
 	EXPECT_EQ("Unbind without Bind", primitive.GetViolations().back());
+}
+
+// Per-primitive values are written under their declared name at the location of their keyed uniform.
+TEST(ReferencePrimitive, DeclaredNameReachesItsKeyedUniform)
+{
+	ReferenceContext context;
+	IQLProgram* program = context.CreateProgram();
+	IQLShader* shader = nullptr;
+	ASSERT_TRUE(Compile(context, IQLShader::kType_Ray,
+	                    "uniform vec3 color_k1f_k2a;\nuniform float gain_k3;\nuniform float gain_kx;\n"
+	                    "uniform float gain_k3_;\nuniform float gaink3;\nvoid main() {}\n",
+	                    &shader)
+	                .empty());
+	program->AttachShader(shader);
+	std::vector<std::string> errors;
+	ASSERT_TRUE(program->Link(errors));
+	qlUseProgram(program);
+	ReferencePrimitive primitive;
+	const Vector3f red(1, 0, 0);
+	const int color = program->GetUniformLocation("color_k1f_k2a");
+	EXPECT_TRUE(primitive.SetUniformArray("color", color, 1, &red));
+	EXPECT_TRUE(primitive.SetUniformArray("color_k1f", color, 1, &red));
+	EXPECT_TRUE(primitive.SetUniform("gain", program->GetUniformLocation("gain_k3"), 1.0f));
+	EXPECT_EQ("color_k1f_k2a", primitive.LastByName("color")->uniform);
+	EXPECT_EQ("color_k1f", primitive.LastByName("color_k1f_k2a")->name);
+	// Not key texts: upper-case or missing digits, a trailing '_', no '_k' at all.
+	EXPECT_FALSE(primitive.SetUniform("gain", program->GetUniformLocation("gain_kx"), 1.0f));
+	EXPECT_FALSE(primitive.SetUniform("gain", program->GetUniformLocation("gain_k3_"), 1.0f));
+	EXPECT_FALSE(primitive.SetUniform("gain", program->GetUniformLocation("gaink3"), 1.0f));
+	EXPECT_FALSE(primitive.SetUniformArray("colo", color, 1, &red));
+	// Every other strict check still holds under the declared name.
+	EXPECT_FALSE(primitive.SetUniform("color", color, 1.0f));
+	EXPECT_EQ(5u, primitive.GetViolations().size());
+	qlUseProgram(nullptr);
 }
 
 TEST_F(ReferencePrimitiveTest, RefusalCanBeInjectedPerSetter)

@@ -220,7 +220,7 @@ void Parser::_GlobalDeclarators(const Type& type, const Token& first, QLStorage 
 		}
 		else if (isConst)
 			_rDiagnostics.Error(name->line, Quote(name->text) + " : 'const' variable needs an initializer");
-		if (declared.IsVoid() || (declared.base == kBase_Void))
+		if (declared.base == kBase_Void)
 			_rDiagnostics.Error(name->line, Quote(name->text) + " : variables cannot be void");
 		_scopes.DeclareGlobal(*name, declared, storage, isConst, initializer);
 		if (!_Accept(','))

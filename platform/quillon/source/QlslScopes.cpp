@@ -62,11 +62,38 @@ Aggregate* Scopes::FindAggregate(std::string_view name) const
 	return it == _mAggregates.end() ? nullptr : it->second;
 }
 
+// Whether members reach the aggregate through members of members; walked without recursion.
+bool Scopes::_Contains(const std::vector<Member>& members, const Aggregate* aggregate)
+{
+	std::vector<const Member*> pending;
+	std::unordered_set<const Aggregate*> seen;
+	for (const Member& member : members)
+		pending.push_back(&member);
+	while (!pending.empty())
+	{
+		const Aggregate* inner = pending.back()->type.aggregate;
+		pending.pop_back();
+		if (inner == aggregate)
+			return true;
+		if (inner && seen.insert(inner).second)
+		{
+			for (const Member& member : inner->members)
+				pending.push_back(&member);
+		}
+	}
+	return false;
+}
+
 bool Scopes::DefineAggregate(Aggregate* aggregate, const Token& name, std::vector<Member>& members)
 {
 	if (aggregate->defined || _mGlobals.count(name.text) || _mFunctions.count(name.text))
 	{
 		_rDiagnostics.Error(name.line, Quote(name.text) + " : redefinition");
+		return false;
+	}
+	if (_Contains(members, aggregate))
+	{
+		_rDiagnostics.Error(name.line, Quote(name.text) + " : structure contains itself");
 		return false;
 	}
 	aggregate->defined = true;
@@ -92,9 +119,11 @@ bool Scopes::DefineAggregate(Aggregate* aggregate, const Token& name, std::vecto
 	return true;
 }
 
+// An aggregate counts once defined: a redefinition is reported where the second definition stands.
 bool Scopes::_IsGlobalName(std::string_view name) const
 {
-	return _mGlobals.count(name) || _mFunctions.count(name) || _mAggregates.count(name);
+	const Aggregate* aggregate = FindAggregate(name);
+	return _mGlobals.count(name) || _mFunctions.count(name) || (aggregate && aggregate->defined);
 }
 
 Symbol* Scopes::DeclareGlobal(const Token& name, const Type& type, QLStorage storage, bool isConst,
@@ -149,7 +178,8 @@ Function* Scopes::DeclareFunction(const Token& name, const Type& returnType, std
 			signature += ",";
 		signature += parameter->type.Name(false) + (parameter->type.array ? "[]" : "");
 	}
-	if (_mGlobals.count(name.text) || _mAggregates.count(name.text))
+	const Aggregate* aggregate = FindAggregate(name.text);
+	if (_mGlobals.count(name.text) || (aggregate && aggregate->defined))
 	{
 		_rDiagnostics.Error(name.line, Quote(name.text) + " : redefinition");
 		return nullptr;

@@ -57,6 +57,7 @@ public:
 
 private:
 	bool _IsGlobalName(std::string_view name) const;
+	static bool _Contains(const std::vector<Member>& members, const Aggregate* aggregate);
 	size_t _ScopeStart() const { return _vScopeMarks.empty() ? 0 : _vScopeMarks.back(); }
 
 	QLUnit& _rUnit;

@@ -328,32 +328,14 @@ Expr* Typing::Unary(const Token& op, Expr* operand)
 	if (!Usable(operand))
 		return _Error(node);
 	const Type& type = operand->type;
-	bool valid = false;
-	switch (node->op)
-	{
-	case kOp_Negate:
-	case kOp_Plus:
-		valid = type.IsNumeric();
-		break;
-	case kOp_Not:
-		valid = type.IsBool();
-		break;
-	case kOp_Complement:
-		valid = IsIntegral(type);
-		break;
-	default: // ++ and --
-		valid = type.IsNumeric() && _CheckWritable(operand, Quote(op.text));
-		node->constant = false;
-		break;
-	}
+	bool step = node->op == kOp_Increment || node->op == kOp_Decrement;
+	bool valid = node->op == kOp_Not ? type.IsBool()
+	                                 : (node->op == kOp_Complement ? IsIntegral(type) : type.IsNumeric());
 	if (!valid)
-	{
-		if (node->op != kOp_Increment && node->op != kOp_Decrement)
-			_rDiagnostics.Error(op.line, Quote(op.text) + " : no operation for " + Quote(type));
-		else if (!type.IsNumeric())
-			_rDiagnostics.Error(op.line, Quote(op.text) + " : no operation for " + Quote(type));
+		_rDiagnostics.Error(op.line, Quote(op.text) + " : no operation for " + Quote(type));
+	if (!valid || (step && !_CheckWritable(operand, Quote(op.text))))
 		return _Error(node);
-	}
+	node->constant = node->constant && !step;
 	node->type = type;
 	_Fold(node);
 	return node;

@@ -62,7 +62,7 @@ void* ReferenceBuffer::Map(int access)
 	}
 	_iMapped = access;
 	++_nMaps;
-	if (access == QLBufferMapping::kAccess_Read)
+	if (access == QLBufferMapping::kAccess_Read && _pContext->IsCheckingReadMappings())
 		_vReadSnapshot = _vBytes;
 	return _vBytes.data();
 }
@@ -74,7 +74,7 @@ void ReferenceBuffer::Unmap()
 		_pContext->Message("ReferenceBuffer::Unmap not mapped\n");
 		return;
 	}
-	if (_iMapped == QLBufferMapping::kAccess_Read && _vReadSnapshot != _vBytes)
+	if (_iMapped == QLBufferMapping::kAccess_Read && !_vReadSnapshot.empty() && _vReadSnapshot != _vBytes)
 	{
 		_pContext->Message("ReferenceBuffer::Unmap write through a read mapping\n");
 		_vBytes = _vReadSnapshot;

@@ -46,6 +46,38 @@ bool Accepts(QLSetter setter, const std::string& type)
 	}
 }
 
+// Whether uniform is declared followed by one or more key texts ("_k" and lower-case hex digits): the
+// generated uniform of a per-primitive value written under its declared name.
+bool IsKeyedName(const std::string& uniform, const std::string& declared)
+{
+	if (declared.empty() || uniform.size() <= declared.size() ||
+	    uniform.compare(0, declared.size(), declared) != 0)
+		return false;
+	size_t at = declared.size();
+	while (at < uniform.size())
+	{
+		if (uniform.compare(at, 2, "_k") != 0)
+			return false;
+		size_t digits = at + 2;
+		at = digits;
+		while (at < uniform.size() &&
+		       ((uniform[at] >= '0' && uniform[at] <= '9') || (uniform[at] >= 'a' && uniform[at] <= 'f')))
+			++at;
+		if (at == digits)
+			return false;
+	}
+	return true;
+}
+
+// The uniform or block at a location of the current linked program; null without one.
+const QLVariable* CurrentVariable(int location, bool block)
+{
+	ReferenceProgram* program = ReferenceProgram::From(qlGetCurrentProgram());
+	if (!program || !program->IsLinked())
+		return nullptr;
+	return block ? program->FindUniformBlock(location) : program->FindUniform(location);
+}
+
 } // namespace
 
 ReferencePrimitive::ReferencePrimitive(QLprimitive handle) : _nHandle(handle) {}
@@ -146,7 +178,7 @@ std::string ReferencePrimitive::_Check(const std::string& name, int location, QL
 	std::string in = " in program " + std::to_string(program->GetHandle());
 	if (!variable)
 		return where + (block ? "no uniform block" : "no uniform") + in;
-	if (variable->name != name)
+	if (variable->name != name && (block || !IsKeyedName(variable->name, name)))
 		return where + "the location belongs to '" + variable->name + "'" + in;
 	if (block)
 		return buffer->GetSize() == 0 ? where + "buffer without storage" : std::string();
@@ -176,6 +208,8 @@ bool ReferencePrimitive::_Write(const std::string& name, int location, QLSetter 
 	write.program = program ? program->GetHandle() : 0;
 	write.location = location;
 	write.name = name;
+	if (const QLVariable* variable = CurrentVariable(location, setter == kQLSetter_UniformBlock))
+		write.uniform = variable->name;
 	write.setter = setter;
 	write.count = count;
 	write.bytes.resize(size_t(count) * elementBytes);
@@ -211,7 +245,7 @@ const QLWrite* ReferencePrimitive::LastByName(const std::string& name) const
 {
 	for (auto it = _vWrites.rbegin(); it != _vWrites.rend(); ++it)
 	{
-		if (it->name == name)
+		if (it->name == name || it->uniform == name)
 			return &*it;
 	}
 	return nullptr;

@@ -6,6 +6,7 @@
 
 #include "../objects/TestShaderSupport.h"
 #include "graph/Graph.h"
+#include "graph/IReferenceGraph.h"
 #include "graph/IReferenceShader.h"
 #include "quillon/Reference.h"
 

@@ -3,6 +3,8 @@
 #include <cstdlib>
 
 #include "codegen/VisitorPrintTsl.h"
+#include "effects/IPrototypeInterface.h"
+#include "graph/ReferencePrototypeInterface.h"
 #include "syntax/Module.h"
 
 namespace Tarsel::Effects::Testing
@@ -142,6 +144,7 @@ TEST_F(GraphTest, AttributesAreCountedByNameAndTypeChecked)
 	EXPECT_EQ(removed.n, 1);
 	EXPECT_EQ(graph->GetCountAttributes(), 0);
 	EXPECT_TRUE(graph->ReleaseAttribute("uv"));
+	graph->RemoveListenerRemoveAttribute(removed.Delegate());
 }
 
 TEST_F(GraphTest, ShuttingAGraphDownGivesBackKeysReferencesAndTheApiShader)
@@ -150,9 +153,15 @@ TEST_F(GraphTest, ShuttingAGraphDownGivesBackKeysReferencesAndTheApiShader)
 	const size_t keys = Impl()->GetCountKeys();
 	IShader* shader = Create("Plain");
 	const size_t keysShader = Impl()->GetCountKeys();
-	Compile(shader->GetGraphSurface());
+	IGraph* graph = shader->GetGraphSurface();
+	Compile(graph);
 	EXPECT_EQ(context.GetCountShaders(), 1u);
+	// The class's reference in the graph is counted by the interface's reference until the last holder goes.
+	ReferencePrototypeInterface* surface = mgr.GetPrototypeInterface("Surface")->GetReference(graph);
+	EXPECT_EQ(surface->GetReferencePrototypeShaders().size(), 1u);
 	shader->ShutdownGraphSurface();
+	EXPECT_TRUE(surface->GetReferencePrototypeShaders().empty());
+	EXPECT_FALSE(console.HasMessage("PrototypeShader::ReleaseReference Reference Not Found\n"));
 	EXPECT_EQ(context.GetCountShaders(), 0u);
 	EXPECT_EQ(Impl()->GetCountKeys(), keysShader);
 	mgr.DestroyShader(shader);

@@ -249,7 +249,9 @@ bool Graph::AcquireAttribute(TypeSpecifier type, const std::string& name, Transf
 		++found->second.nCount;
 		return true;
 	}
-	_Invalidate();
+	// The effect hears of it here: a structure notice that comes after would find the graph no longer
+	// compiled.
+	_OnChangeStructure();
 	Attribute attribute = {type, name, transformation};
 	_mAttributes[name] = AttributeRecord{attribute, 1};
 	_setListenersAddAttribute.Visit(attribute);
@@ -261,7 +263,7 @@ bool Graph::ReleaseAttribute(const std::string& name)
 	auto found = _mAttributes.find(name);
 	if (found == _mAttributes.end())
 		return true;
-	_Invalidate();
+	_OnChangeStructure();
 	if (--found->second.nCount > 0)
 		return true;
 	Attribute attribute = found->second.attribute;

@@ -9,6 +9,15 @@
 namespace Tarsel::Effects
 {
 
+namespace
+{
+// Every sampler is a texture handle on the host; the program's declaration keeps the declared kind.
+TypeSpecifier StoredType(TypeSpecifier eType)
+{
+	return eType == kType_Sampler3D || eType == kType_SamplerCube ? kType_Sampler2D : eType;
+}
+} // namespace
+
 ParameterValueSingle* ParameterValueSingleStorageSeparate::Create(IMgrEffects* pMgrEffects,
                                                                   const VariableDeclaration* pDecl,
                                                                   const std::string& sName, Result* pResult)
@@ -34,7 +43,7 @@ bool ParameterValueSingleStorageSeparate::Init(IMgrEffects* pMgrEffects, const V
 		return false;
 	_InitName(pMgrEffects, pDecl, sName);
 	const TypeSpecifier eType = GetTypeSpecifier();
-	if (!_SetStorage(CreateStorageSeparate(pMgrEffects, eType, 1, false)))
+	if (!_SetStorage(CreateStorageSeparate(pMgrEffects, StoredType(eType), 1, false)))
 	{
 		ConsoleOf(pMgrEffects)->Message("ParameterValueSingleStorageSeparate::Init Storage\n");
 		if (pResult)

@@ -5,6 +5,7 @@
 #include "objects/ParameterValueConsole.h"
 #include "syntax/Syntax.h"
 
+#include <algorithm>
 #include <map>
 #include <string>
 
@@ -57,8 +58,10 @@ public:
 
 	bool DestroyReference(Reference* pReference) override
 	{
-		auto it = pReference ? _mReferences.find(pReference->GetGraph()) : _mReferences.end();
-		if (it == _mReferences.end())
+		// Found by identity, so that a reference given back twice is never read after it has gone.
+		auto it = std::find_if(_mReferences.begin(), _mReferences.end(),
+		                       [pReference](const auto& entry) { return entry.second == pReference; });
+		if (!pReference || it == _mReferences.end())
 		{
 			ConsoleOf(_pMgrEffects)->Message("%s::DestroyReference Reference Not Found\n", _GetClassName());
 			return false;

@@ -14,6 +14,7 @@ PrototypeParameterInterface::~PrototypeParameterInterface()
 	Shutdown();
 }
 
+// The single and array references are one stand-in until the graph's own references exist.
 IReferencePrototypeParameter*
 PrototypeParameterInterface::CreateReference(IReferencePrototypeShader* pReference)
 {

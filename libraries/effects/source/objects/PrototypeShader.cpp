@@ -299,7 +299,6 @@ bool PrototypeShader::_InitParameterInterface(VariableDeclaration* declaration, 
 	// An array of shaders needs an interface to dispatch through; a class name alone does not do.
 	if (IsArray(declaration) && prototypeInterface == nullptr)
 		return false;
-	(void)result;
 	IParameter* parameter = CreateParameterInterface(
 	    GetMgrEffects(), declaration, prototypeInterface ? prototypeInterface->GetDefinition() : nullptr,
 	    GetClassName());
@@ -628,16 +627,17 @@ IShader* PrototypeShader::CreateShader(Result* result)
 		delete shader;
 		return nullptr;
 	}
-	_vShaders.push_back(shader);
+	_mShaderPositions[shader] = _vShaders.insert(_vShaders.end(), shader);
 	return shader;
 }
 
 void PrototypeShader::DestroyShader(IShader* shader)
 {
-	auto found = std::find(_vShaders.begin(), _vShaders.end(), shader);
-	if (found == _vShaders.end())
+	auto found = _mShaderPositions.find(shader);
+	if (found == _mShaderPositions.end())
 		return;
-	_vShaders.erase(found);
+	_vShaders.erase(found->second);
+	_mShaderPositions.erase(found);
 	delete shader;
 }
 
@@ -704,8 +704,9 @@ void PrototypeShader::Shutdown()
 		    ->Message("%s shut down with %i remaining shader(s)\n", GetClassName().c_str(),
 		              static_cast<int>(_vShaders.size()));
 		// Destroyed last to first, so that a shader never outlives one made before it.
-		std::vector<IShader*> shaders;
+		std::list<IShader*> shaders;
 		shaders.swap(_vShaders);
+		_mShaderPositions.clear();
 		for (auto it = shaders.rbegin(); it != shaders.rend(); ++it)
 			delete *it;
 	}

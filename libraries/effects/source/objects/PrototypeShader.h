@@ -1,8 +1,10 @@
 #pragma once
 
+#include <list>
 #include <map>
 #include <set>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -171,7 +173,9 @@ private:
 	ClassDefinition* _pClass;
 	std::map<std::string, IPrototypeParameter*> _mPrototypeParameters;
 	std::map<std::string, IPrototypeMember*> _mPrototypeMembers;
-	std::vector<IShader*> _vShaders;
+	// In creation order; the index makes destroying one shader cheap however many there are.
+	std::list<IShader*> _vShaders;
+	std::unordered_map<IShader*, std::list<IShader*>::iterator> _mShaderPositions;
 	ListenerSet<ListenerDelete> _setListenersDelete;
 	ListenerSet<ListenerChangeStructure> _setListenersChangeStructure;
 };

@@ -65,6 +65,7 @@ struct QLWrite
 	unsigned program = 0; // handle of the program current at the time, 0 for none
 	int location = -1;
 	std::string name;
+	std::string uniform; // the uniform at the location when a linked program was current, else empty
 	QLSetter setter = kQLSetter_Count;
 	int count = 0;                    // 1 for the single-value setters
 	std::vector<unsigned char> bytes; // the values, count elements back to back

@@ -135,7 +135,7 @@ public:
 private:
 	ReferenceContext* _pContext;
 	std::vector<unsigned char> _vBytes;
-	std::vector<unsigned char> _vReadSnapshot; // catches writes through a read mapping
+	std::vector<unsigned char> _vReadSnapshot; // catches writes through a read mapping, in check mode
 	int _iMapped = -1;
 	int _nMaps = 0;
 	int _nRespecifies = 0;
@@ -149,6 +149,11 @@ public:
 	~ReferenceContext() override;
 
 	void SetDifferentialSupported(bool supported) { _bDifferential = supported; }
+	// Check mode for read mappings: each read mapping snapshots the buffer and, at unmap, undoes and reports
+	// writes made through it. Off by default, because the snapshot makes a read mapping cost the whole
+	// buffer instead of the bytes read.
+	void SetCheckReadMappings(bool check) { _bCheckReadMappings = check; }
+	bool IsCheckingReadMappings() const { return _bCheckReadMappings; }
 	bool IsDifferentialSupported() const override { return _bDifferential; }
 
 	IQLShader* CreateShader(int type) override;
@@ -222,6 +227,7 @@ public:
 
 private:
 	bool _bDifferential = true;
+	bool _bCheckReadMappings = false;
 	bool _bEcho = false;
 	int _nFailShader = 0;
 	int _nFailProgram = 0;
@@ -237,7 +243,7 @@ private:
 
 // A primitive that records every write. When a linked program is current and the primitive is strict
 // (the default), a write must match a uniform of that program by location, name and type, or it is
-// refused and noted in GetViolations().
+// refused and noted in GetViolations(). The name may also be the uniform's name without its key texts.
 class ReferencePrimitive : public IQLPrimitive
 {
 public:
@@ -278,6 +284,8 @@ public:
 	// The latest write to a location (under any program, or under one program); null when none.
 	const QLWrite* Last(int location) const;
 	const QLWrite* Last(unsigned program, int location) const;
+	// By the name written or the uniform it reached (they differ for a value written under its declared
+	// name).
 	const QLWrite* LastByName(const std::string& name) const;
 	size_t CountWrites(int location) const;
 	// Misuse seen by this primitive: refused strict writes, unbalanced Unbind.
