@@ -1,9 +1,9 @@
 #pragma once
 
+#include <map>
 #include <set>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 
 #include "syntax/Syntax.h"
 
@@ -46,9 +46,9 @@ private:
 
 	Module* _pModule;
 	IGraph* _pGraph;
-	// Hashed rather than ordered: nothing depends on the order, and the pass must stay linear. The keys are
-	// copies, so that a lookup compares against the record's own memory, not a node elsewhere in the module.
-	std::unordered_map<std::string, Record> _mRecords;
+	// The keys are copies, so that a lookup compares against the record's own memory, not a node elsewhere
+	// in the module.
+	std::map<std::string, Record, std::less<>> _mRecords;
 	std::set<std::string, std::less<>> _setEntryPoints;
 };
 
