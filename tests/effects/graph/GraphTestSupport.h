@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,17 @@ struct ChangeValueCounter
 		return true;
 	}
 	bool Apply(IQLPrimitive*, IQLProgram*) { return true; }
+};
+
+// Sets an environment variable for one scope.
+class ScopedVariable
+{
+public:
+	ScopedVariable(const char* name, const char* value) : _pName(name) { setenv(name, value, 1); }
+	~ScopedVariable() { unsetenv(_pName); }
+
+private:
+	const char* _pName;
 };
 
 // Shaders of small libraries compiled into graphs on the reference device.

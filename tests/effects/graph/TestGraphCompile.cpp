@@ -32,6 +32,8 @@ class Plain : Surface
 
 TEST_F(GraphTest, ARootShaderCompilesUnderItsKeyWithNumberedApiShaders)
 {
+	// The whole text as collected, empty constructor calls included.
+	ScopedVariable unoptimised("TZR_DISABLE_EFFECTS_OPTIMIZATIONS", "1");
 	Load("Plain.tsl", kSurface);
 	IShader* shader = Create("Plain");
 	IGraph* graph = shader->GetGraphSurface();
@@ -64,6 +66,8 @@ TEST_F(GraphTest, ARootShaderCompilesUnderItsKeyWithNumberedApiShaders)
 
 TEST_F(GraphTest, TwoInstancesOfAClassShareItsClassCodeButNotTheirMethods)
 {
+	// Left to itself the optimiser would drop the uncalled methods of the second instance.
+	ScopedVariable unoptimised("TZR_DISABLE_EFFECTS_OPTIMIZATIONS", "1");
 	Load("Plain.tsl", kSurface);
 	IShader* first = Create("Plain");
 	IShader* second = Create("Plain");

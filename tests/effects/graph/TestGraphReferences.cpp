@@ -169,6 +169,8 @@ TEST_F(GraphReferenceTest, AGraphGrowsThroughConnectionsAndRecompilesAfterThem)
 
 TEST_F(GraphReferenceTest, AShaderWithItsOwnGraphIsDeclaredNotCopied)
 {
+	// Nothing calls the declaration here, so the optimiser would remove it.
+	ScopedVariable unoptimised("TZR_DISABLE_EFFECTS_OPTIMIZATIONS", "1");
 	IShader* root = Create("Leaf");
 	IShader* leaf = Create("Leaf");
 	Compile(leaf->GetGraphSurface());

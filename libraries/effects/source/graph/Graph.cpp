@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "codegen/VisitorFindEmptyAndNeverCalledFunctions.h"
 #include "codegen/VisitorPrintTsl.h"
 #include "core/Assert.h"
 #include "core/Result.h"
@@ -465,12 +466,12 @@ void Graph::_CollectForwardDeclarations(Module* module)
 			module->AddFunctionDeclaration(function->GetFunctionPrototype()->Clone(module));
 }
 
-bool Graph::_Optimize(Module*)
+bool Graph::_Optimize(Module* module)
 {
 	if (OptimizationsDisabled())
 		return true;
-	// The unused-function pass plugs in here.
-	return true;
+	VisitorFindEmptyAndNeverCalledFunctions optimizer(this);
+	return optimizer.Visit(module);
 }
 
 bool Graph::_SetString(const std::string& text, const VisitorPrintTsl& printer, Result* result)

@@ -1,0 +1,63 @@
+#include "PrintTestSupport.h"
+
+#include "codegen/VisitorFindEmptyAndNeverCalledFunctions.h"
+
+namespace Tarsel::Effects::Testing
+{
+namespace
+{
+
+// The marks of one function's declaration, definition and calls, in that order, as digits.
+struct Marks
+{
+	FunctionPrototype* pDeclaration = nullptr;
+	FunctionDefinition* pDefinition = nullptr;
+	std::vector<FunctionCall*> vCalls;
+
+	std::string Text() const
+	{
+		std::string s = std::to_string(pDeclaration->GetOptimization());
+		s += pDefinition ? std::to_string(pDefinition->GetOptimization()) : "-";
+		for (const FunctionCall* pCall : vCalls)
+			s += std::to_string(pCall->GetOptimization());
+		return s;
+	}
+};
+
+// A module without a graph, so without entry points, declared the way a graph declares its definitions.
+TEST(UnusedFunctions, OnlyWhatIsProvablyUnusedIsMarked)
+{
+	Tree t;
+	auto Declare = [&](const char* pName, TypeSpecifier eParameter)
+	{
+		FunctionPrototype* p = t.Proto(kType_Void, pName, {t.Parameter(t.m->CreateType(eParameter), "v")});
+		t.m->AddFunctionDeclaration(p);
+		return p;
+	};
+	Marks empty{Declare("empty", kType_Float), t.Define(t.Proto(kType_Void, "empty"), {}), {}};
+	Marks idle{
+	    Declare("idle", kType_Float), t.Define(t.Proto(kType_Void, "idle"), {t.E(t.Call("work"))}), {}};
+	Marks work{Declare("work", kType_Float), t.Define(t.Proto(kType_Void, "work"), {t.E(t.V("x"))}), {}};
+	Marks external{Declare("external", kType_Float), nullptr, {}};
+	// Two overloads, the empty one first, then a second declaration of the other: f stays whole.
+	Marks over{Declare("f", kType_Float), t.Define(t.Proto(kType_Void, "f"), {}), {t.Call("f", {t.V("x")})}};
+	Declare("f", kType_Vec3);
+	Declare("f", kType_Vec3);
+	Marks pass{Declare("pass", kType_Float),
+	           t.Define(t.Proto(kType_Void, "pass"), {}),
+	           {t.Call("pass", {t.Op(kOperator_Add, t.V("x"), t.I(1))})}};
+	t.Define(t.Proto(kType_Void, "caller"), {t.E(over.vCalls[0]), t.E(pass.vCalls[0])});
+	Declare("caller", kType_Float);
+
+	VisitorFindEmptyAndNeverCalledFunctions optimizer(nullptr);
+	ASSERT_TRUE(optimizer.Visit(t.m.get()));
+	EXPECT_EQ(empty.Text(), "11");    // empty wins over never called
+	EXPECT_EQ(idle.Text(), "22");     // nothing calls it
+	EXPECT_EQ(work.Text(), "00");     // called, if only from a function that goes: one sweep
+	EXPECT_EQ(external.Text(), "2-"); // declared for another program and not called here
+	EXPECT_EQ(over.Text(), "000");
+	EXPECT_EQ(pass.Text(), "111");
+}
+
+} // namespace
+} // namespace Tarsel::Effects::Testing
