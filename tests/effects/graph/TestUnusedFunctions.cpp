@@ -202,8 +202,8 @@ TEST_F(UnusedFunctionTest, ShippedShadersCompileAndLinkOptimised)
 		EXPECT_TRUE(Contains(Text(graph), kRemoved)) << name;
 		Link(graph, {graph->GetConstructorStatic(), graph->GetConstructor()});
 		++compiled;
-		// Given back here: a shader with a graph of its own still crashes the manager's Shutdown.
-		mgr.DestroyShader(shader);
+		// Not given back: the manager's Shutdown must take shaders whose graphs reference classes and
+		// interfaces of libraries that go before theirs.
 	}
 	// Classes with interface inputs wait for those; every other one compiles.
 	EXPECT_GE(compiled, 9);

@@ -95,6 +95,10 @@ void MgrEffectsImpl::_AddPadAttributes()
 bool MgrEffectsImpl::Shutdown()
 {
 	for (auto& entry : _mLibraries)
+		entry.second->ShutdownShaders();
+	for (auto& entry : _mLibraries)
+		entry.second->ShutdownClasses();
+	for (auto& entry : _mLibraries)
 		delete entry.second;
 	_mLibraries.clear();
 	delete _pProfiler;

@@ -54,12 +54,25 @@ bool Library::Shutdown()
 // Classes go before interfaces: a class's reference may still be registered with its interface's.
 void Library::_ShutdownPrototypes()
 {
-	for (auto& entry : _mPrototypeShaders)
-		delete entry.second;
-	_mPrototypeShaders.clear();
+	ShutdownShaders();
+	ShutdownClasses();
 	for (auto& entry : _mPrototypeInterfaces)
 		delete entry.second;
 	_mPrototypeInterfaces.clear();
+}
+
+void Library::ShutdownShaders()
+{
+	for (auto& entry : _mPrototypeShaders)
+		if (entry.second)
+			entry.second->ShutdownShaders();
+}
+
+void Library::ShutdownClasses()
+{
+	for (auto& entry : _mPrototypeShaders)
+		delete entry.second;
+	_mPrototypeShaders.clear();
 }
 
 PrototypeInterface* Library::GetPrototypeInterface(const std::string& name)

@@ -36,6 +36,10 @@ public:
 	bool Init(IMgrEffects* mgrEffects, const std::string& name, const std::string& source, Result* result,
 	          const LineMap& lines);
 	bool Shutdown();
+	// The manager shuts every library down in these steps before deleting any: shaders (and the graphs
+	// they own) may reference classes of other libraries, and classes may implement their interfaces.
+	void ShutdownShaders();
+	void ShutdownClasses();
 
 	Module* GetModule() const { return _pModule; }
 	IMgrEffects* GetMgrEffects() const { return _pMgrEffects; }

@@ -697,6 +697,23 @@ void PrototypeShader::Shutdown()
 	for (IPrototypeShader* prototype : _setPrototypeShadersStatic)
 		prototype->RemoveListenerDelete(listener);
 	_setPrototypeShadersStatic.clear();
+	ShutdownShaders();
+	for (auto& entry : _mReferences)
+		delete entry.second.first;
+	_mReferences.clear();
+	DestroyValues(_mPrototypeParameters);
+	DestroyValues(_mPrototypeMembers);
+	DestroyValues(_mParameters);
+	DestroyValues(_mMembers);
+	_ShutdownModules();
+	_mMethodNames.clear();
+	_pPrototypeInterface = nullptr;
+	_pLibrary = nullptr;
+	_pClass = nullptr;
+}
+
+void PrototypeShader::ShutdownShaders()
+{
 	if (!_vShaders.empty())
 	{
 		TARSEL_ASSERT(_pClass);
@@ -710,18 +727,6 @@ void PrototypeShader::Shutdown()
 		for (auto it = shaders.rbegin(); it != shaders.rend(); ++it)
 			delete *it;
 	}
-	for (auto& entry : _mReferences)
-		delete entry.second.first;
-	_mReferences.clear();
-	DestroyValues(_mPrototypeParameters);
-	DestroyValues(_mPrototypeMembers);
-	DestroyValues(_mParameters);
-	DestroyValues(_mMembers);
-	_ShutdownModules();
-	_mMethodNames.clear();
-	_pPrototypeInterface = nullptr;
-	_pLibrary = nullptr;
-	_pClass = nullptr;
 }
 
 // ---------------------------------------------------------------------------------------------------------

@@ -37,6 +37,8 @@ public:
 
 	bool Init(Library* library, ClassDefinition* definition, Result* result);
 	void Shutdown();
+	// Destroys the shaders the host did not give back, with the remaining-shaders message.
+	void ShutdownShaders();
 
 	bool AddListenerDelete(ListenerDelete& listener) override;
 	bool RemoveListenerDelete(ListenerDelete& listener) override;
