@@ -12,6 +12,7 @@
 #include "objects/IPrototypeParameter.h"
 #include "objects/MangleMethodPrefixKey.h"
 #include "objects/ModuleTransformer.h"
+#include "objects/NamedObjects.h"
 #include "objects/ParameterCoord.h"
 #include "objects/PrototypeShader.h"
 #include "quillon/IQLPrimitive.h"
@@ -25,30 +26,6 @@ namespace
 {
 const IQLShader::Type kGraphTypes[] = {IQLShader::kType_Ray, IQLShader::kType_Frame,
                                        IQLShader::kType_PrefixRay};
-
-template <class Map>
-void DestroyValues(Map& objects)
-{
-	for (auto& entry : objects)
-		delete entry.second;
-	objects.clear();
-}
-
-template <class Map, class Visitor>
-bool VisitValues(const Map& objects, Visitor& visitor)
-{
-	bool all = true;
-	for (const auto& entry : objects)
-		all = visitor(entry.first, entry.second) && all;
-	return all;
-}
-
-template <class Map>
-typename Map::mapped_type FindValue(const Map& objects, const std::string& name)
-{
-	auto found = objects.find(name);
-	return found == objects.end() ? nullptr : found->second;
-}
 
 QLprimitive HandleOf(const IQLPrimitive* primitive)
 {
