@@ -145,7 +145,12 @@ Expr* Typing::Literal(const Token& token)
 	if (token.kind == kToken_Int)
 	{
 		node->type = Type::Scalar(kBase_Int);
-		node->value = double(std::strtoll(digits, nullptr, 0));
+		// A 32-bit pattern is an int, so 0xFFFFFFFF is -1; anything longer keeps its size for the checks
+		// that refuse it.
+		const unsigned long long iLiteral = std::strtoull(digits, nullptr, 0);
+		node->value = iLiteral > 0xFFFFFFFFull
+		                  ? double(iLiteral)
+		                  : double(static_cast<int32_t>(static_cast<uint32_t>(iLiteral)));
 	}
 	else if (token.kind == kToken_Float)
 	{

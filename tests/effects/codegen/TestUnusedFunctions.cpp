@@ -46,7 +46,12 @@ TEST(UnusedFunctions, OnlyWhatIsProvablyUnusedIsMarked)
 	Marks pass{Declare("pass", kType_Float),
 	           t.Define(t.Proto(kType_Void, "pass"), {}),
 	           {t.Call("pass", {t.Op(kOperator_Add, t.V("x"), t.I(1))})}};
-	t.Define(t.Proto(kType_Void, "caller"), {t.E(over.vCalls[0]), t.E(pass.vCalls[0])});
+	// An empty function with a value is called inside an expression: it must stay whole.
+	Marks valued{Declare("valued", kType_Float),
+	             t.Define(t.Proto(kType_Float, "valued"), {}),
+	             {t.Call("valued", {t.V("x")})}};
+	t.Define(t.Proto(kType_Void, "caller"),
+	         {t.E(over.vCalls[0]), t.E(pass.vCalls[0]), t.E(t.Op(kOperator_Add, valued.vCalls[0], t.I(1)))});
 	Declare("caller", kType_Float);
 
 	VisitorFindEmptyAndNeverCalledFunctions optimizer(nullptr);
@@ -57,6 +62,7 @@ TEST(UnusedFunctions, OnlyWhatIsProvablyUnusedIsMarked)
 	EXPECT_EQ(external.Text(), "2-"); // declared for another program and not called here
 	EXPECT_EQ(over.Text(), "000");
 	EXPECT_EQ(pass.Text(), "111");
+	EXPECT_EQ(valued.Text(), "000");
 }
 
 } // namespace

@@ -19,6 +19,12 @@ std::string Signature(const FunctionPrototype* pPrototype)
 	return sSignature;
 }
 
+bool ReturnsVoid(const FunctionPrototype* pPrototype)
+{
+	const Type* pType = pPrototype->GetReturnType();
+	return pType == nullptr || pType->GetTypeSpecifier() == kType_Void;
+}
+
 void MarkUnlessMarked(FunctionPrototype* pPrototype, FunctionDefinition* pDefinition, Optimization eMark)
 {
 	if (pDefinition && pDefinition->GetOptimization() == kOptimization_Kept)
@@ -103,8 +109,10 @@ void VisitorFindEmptyAndNeverCalledFunctions::_MarkEmpty()
 	{
 		const CompoundStatement* pBody = pDefinition->GetCompoundStatement();
 		const String* pName = pDefinition->GetFunctionPrototype()->GetName();
+		// A call of a function that returns a value sits inside an expression, where a comment cannot
+		// stand in for it, so only void functions count as empty.
 		if (pBody == nullptr || pBody->GetCountStatements() != 0 || pName == nullptr ||
-		    _IsEntryPoint(pName->GetString()))
+		    !ReturnsVoid(pDefinition->GetFunctionPrototype()) || _IsEntryPoint(pName->GetString()))
 			continue;
 		Record* pRecord = _Find(pName);
 		if (pRecord == nullptr || pRecord->bKeep)

@@ -226,10 +226,21 @@ void VisitorPrintTsl::_Append(std::string_view sText)
 	_sResult.append(sText);
 }
 
+// Only a literal past 32 bits scans negative; its bit pattern in hex reads back as the same constant,
+// where "-1" would read back as a negation.
 void VisitorPrintTsl::_AppendInt(long iValue)
 {
 	char buffer[16];
-	const auto end = std::to_chars(buffer, buffer + sizeof(buffer), static_cast<int32_t>(iValue)).ptr;
+	const int32_t iValue32 = static_cast<int32_t>(iValue);
+	char* pBegin = buffer;
+	if (iValue32 < 0)
+	{
+		std::memcpy(buffer, "0x", 2);
+		pBegin += 2;
+	}
+	const auto end =
+	    iValue32 < 0 ? std::to_chars(pBegin, buffer + sizeof(buffer), static_cast<uint32_t>(iValue32), 16).ptr
+	                 : std::to_chars(pBegin, buffer + sizeof(buffer), iValue32).ptr;
 	_Append(std::string_view(buffer, static_cast<size_t>(end - buffer)));
 }
 
@@ -813,9 +824,7 @@ VisitorPrintTsl::Rank VisitorPrintTsl::_RankOf(const Expression* pExpression)
 		return kRank_Conditional;
 	case kClass_Assignment:
 		return kRank_Assignment;
-	// A negative literal prints with its sign, which binds like a prefix operator.
-	case kClass_IntConstant:
-		return static_cast<const IntConstant*>(pExpression)->GetValue() < 0 ? kRank_Unary : kRank_Postfix;
+	// A negative float literal prints with its sign, which binds like a prefix operator.
 	case kClass_FloatConstant:
 	{
 		const auto* pFloat = static_cast<const FloatConstant*>(pExpression);
