@@ -1,5 +1,8 @@
 #include "objects/ParameterInterface.h"
 
+#include <map>
+#include <set>
+
 #include "effects/IMgrEffects.h"
 #include "effects/IPrototypeInterface.h"
 #include "graph/ReferenceParameter.h"
@@ -31,16 +34,18 @@ bool ParameterInterface::_InitCommon(IMgrEffects* pMgrEffects, const VariableDec
 	_sNameIndex = _sNameMangled + "_Index";
 	_pValue = new Value<IShader*>(nLength, bResizable, nullptr);
 	_vDefaults.assign(static_cast<size_t>(nLength), false);
+	_nEmpty = nLength;
 	return true;
 }
 
 void ParameterInterface::Shutdown()
 {
-	for (int index = 0; _pValue && index < _pValue->GetLength(); ++index)
-		_Release(index);
+	if (_pValue)
+		_ReleaseAll(std::set<IShader*>());
 	delete _pValue;
 	_pValue = nullptr;
 	_vDefaults.clear();
+	_nEmpty = 0;
 	if (_pMgrEffects)
 		_pMgrEffects->DestroyKey(_key);
 	_key = Key::Null();
@@ -90,6 +95,8 @@ bool ParameterInterface::CollectConstructor(CompoundStatement* pBody)
 
 bool ParameterInterface::IsComplete() const
 {
+	if (_nEmpty > 0)
+		return false;
 	for (int index = 0; index < GetLength(); ++index)
 	{
 		IShader* pShader = _GetSlot(index);
@@ -134,7 +141,7 @@ void ParameterInterface::_Release(int index)
 {
 	IShader* pShader = _GetSlot(index);
 	const bool bDefault = _vDefaults[index];
-	_pValue->Set(nullptr, index);
+	_Put(index, nullptr);
 	_vDefaults[index] = false;
 	if (pShader == nullptr)
 		return;
@@ -149,9 +156,43 @@ void ParameterInterface::_Release(int index)
 		_pMgrEffects->DestroyShader(pShader);
 }
 
+void ParameterInterface::_Put(int index, IShader* pShader)
+{
+	_nEmpty += (pShader == nullptr) - (_GetSlot(index) == nullptr);
+	_pValue->Set(pShader, index);
+}
+
+void ParameterInterface::_Resize(int nLength)
+{
+	_pValue->SetLength(nLength);
+	_vDefaults.resize(static_cast<size_t>(nLength), false);
+	_nEmpty = 0;
+	for (int index = 0; index < nLength; ++index)
+		_nEmpty += _GetSlot(index) == nullptr;
+}
+
+void ParameterInterface::_ReleaseAll(const std::set<IShader*>& setKept)
+{
+	// Each shader once, however many slots hold it; owned unless a slot says otherwise.
+	std::map<IShader*, bool> mReleased;
+	for (int index = 0; index < GetLength(); ++index)
+	{
+		if (IShader* pShader = _GetSlot(index))
+			mReleased[pShader] = mReleased[pShader] || _vDefaults[index];
+		_Put(index, nullptr);
+		_vDefaults[index] = false;
+	}
+	for (const auto& entry : mReleased)
+	{
+		_Unlisten(entry.first);
+		if (entry.second && setKept.count(entry.first) == 0)
+			_pMgrEffects->DestroyShader(entry.first);
+	}
+}
+
 void ParameterInterface::_Store(int index, IShader* pShader, bool bDefault)
 {
-	_pValue->Set(pShader, index);
+	_Put(index, pShader);
 	_vDefaults[index] = bDefault && pShader;
 	if (pShader)
 		_Listen(pShader);
@@ -180,7 +221,7 @@ bool ParameterInterface::_OnDeleteShader(IShader* pShader)
 	for (int index = 0; index < GetLength(); ++index)
 		if (_GetSlot(index) == pShader)
 		{
-			_pValue->Set(nullptr, index);
+			_Put(index, nullptr);
 			_vDefaults[index] = false;
 			bHeld = true;
 		}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -89,7 +90,12 @@ protected:
 	// Empties one slot: the shader is no longer listened to unless another slot holds it, and a default is
 	// destroyed unless another slot holds it, which then owns it.
 	void _Release(int index);
+	// Empties every slot; the defaults among them are destroyed unless kept.
+	void _ReleaseAll(const std::set<IShader*>& setKept);
 	void _Store(int index, IShader* pShader, bool bDefault);
+	// Every write of a slot and of the length goes through these, which keep the count of empty slots.
+	void _Put(int index, IShader* pShader);
+	void _Resize(int nLength);
 	bool _NotifyChangeStructure() { return _setListenersChangeStructure.Notify(this); }
 	// A new shader of the class a constructor call names, or null (reported to the console).
 	IShader* _CreateDefault(const FunctionCall* pCall, const char* sFailure, Result* pResult) const;
@@ -104,6 +110,9 @@ protected:
 	std::string _sNameIndex;
 	Value<IShader*>* _pValue = nullptr;
 	std::vector<bool> _vDefaults;
+	// A host connecting N shaders one by one asks for completeness after each: answered at once while a
+	// slot is empty.
+	int _nEmpty = 0;
 
 private:
 	bool _OnDeleteShader(IShader* pShader);

@@ -166,9 +166,8 @@ bool ParameterInterfaceArray::_InitDefaultsArray(const FunctionCall* pInit, Resu
 			ConsoleOf(_pMgrEffects)->Message("ParameterInterfaceArray::_InitInitializer Length Mismatch\n");
 			return false;
 		}
-		_pValue->SetLength(nArguments);
+		_Resize(nArguments);
 	}
-	_vDefaults.assign(static_cast<size_t>(nArguments), false);
 	for (int iParam = 0; iParam < nArguments; ++iParam)
 	{
 		const Expression* pArgument = pInit->GetParameters()[iParam];
@@ -232,11 +231,7 @@ bool ParameterInterfaceArray::Set(IShader** ppShaders, int nCount)
 		return false;
 	}
 	// A default handed back in the new elements is no longer the input's to destroy.
-	const std::set<IShader*> setKept(ppShaders, ppShaders + nCount);
-	for (int index = 0; index < GetLength(); ++index)
-		_vDefaults[index] = _vDefaults[index] && setKept.count(_GetSlot(index)) == 0;
-	for (int index = 0; index < GetLength(); ++index)
-		_Release(index);
+	_ReleaseAll(std::set<IShader*>(ppShaders, ppShaders + nCount));
 	for (int index = 0; index < nCount; ++index)
 		_Store(index, ppShaders[index], false);
 	return _NotifyChangeStructure();
@@ -256,8 +251,7 @@ bool ParameterInterfaceArray::SetLength(int nLength)
 	}
 	for (int index = nLength; index < nOld; ++index)
 		_Release(index);
-	_pValue->SetLength(nLength);
-	_vDefaults.resize(static_cast<size_t>(nLength), false);
+	_Resize(nLength);
 	const FunctionCall* pInit = _GetSingleConstructor();
 	const bool bDefaults = !pInit || nLength < nOld || _InitDefaults(pInit, nOld, nLength, nullptr);
 	return _NotifyChangeStructure() && bDefaults;
