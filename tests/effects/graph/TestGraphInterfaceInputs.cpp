@@ -127,5 +127,36 @@ TEST_F(GraphInterfaceInputTest, ACallTheInterfaceLacksIsReportedIntoTheCompilesR
 	EXPECT_FALSE(graph->IsCompiled());
 }
 
+// The shipped surface that sums its lights, with one of each shipped light, on the device.
+TEST_F(GraphTest, AShippedSurfaceCallsEachShippedLightDirectly)
+{
+	ScopedVariable path("TARSEL_SHADER_PATH", TARSEL_SHADERS_DIR);
+	for (const char* file : {"Interfaces", "Sampling", "Textures", "Lights", "Surfaces"})
+	{
+		Result result;
+		ASSERT_TRUE(mgr.AddLibrary(std::string(file) + ".tsl", &result)) << file << ": " << result.GetText();
+	}
+	IShader* matte = Create("Matte");
+	std::vector<IShader*> lights;
+	for (const char* name : {"PointLight", "SpotLight", "DirectionalLight", "DiskLight"})
+		lights.push_back(Create(name));
+	ASSERT_TRUE(matte->SetCoord(nullptr, "uv", "uv"));
+	ASSERT_TRUE(matte->GetParameter("lights")->SetLength(4));
+	Result result;
+	ASSERT_TRUE(matte->SetParameter(&result, "lights", lights.data(), 4)) << result.GetText();
+	ASSERT_TRUE(matte->IsComplete());
+	IGraph* graph = matte->GetGraphSurface();
+	Compile(graph);
+
+	const std::string text = Text(graph);
+	const size_t begin =
+	    text.find(matte->GetMethodNameMangled("ShadeLights") + "(vec3 P, vec3 N, vec3 base)\n{");
+	ASSERT_NE(begin, std::string::npos) << text;
+	const std::string shade = text.substr(begin, text.find("\n}\n", begin) - begin);
+	EXPECT_FALSE(Contains(shade, "for(")) << shade;
+	for (IShader* light : lights)
+		EXPECT_TRUE(Contains(shade, light->GetMethodNameMangled("Illuminate") + "(P, N, L)")) << shade;
+}
+
 } // namespace
 } // namespace Tarsel::Effects::Testing
