@@ -328,6 +328,23 @@ class Probe : Surface
 	probe->RemoveListenerChangeStructure(listener);
 }
 
+TEST_F(ParameterInterfaceTest, AConnectionCycleNeverCompletesAndEndsItsNotifications)
+{
+	IShader* first = Create("Relay");
+	IShader* second = Create("Relay");
+	ASSERT_TRUE(first->SetParameter(nullptr, "next", second));
+	ASSERT_TRUE(second->SetParameter(nullptr, "next", first));
+	EXPECT_FALSE(first->IsComplete());
+	EXPECT_FALSE(second->IsComplete());
+	// Breaking the cycle with a plain shader completes both.
+	ASSERT_TRUE(second->SetParameter(nullptr, "next", spot));
+	EXPECT_TRUE(first->IsComplete());
+	IShader* self = Create("Relay");
+	ASSERT_TRUE(self->SetParameter(nullptr, "next", self));
+	EXPECT_FALSE(self->IsComplete());
+	mgr.DestroyShader(self);
+}
+
 TEST_F(ParameterInterfaceTest, ClassWideInputsConnectThroughThePrototype)
 {
 	Load("static.tsl", R"(

@@ -93,17 +93,27 @@ bool ParameterInterface::CollectConstructor(CompoundStatement* pBody)
 	return true;
 }
 
+// A cycle calls itself in the generated code, which programs cannot do: never complete.
 bool ParameterInterface::IsComplete() const
 {
-	if (_nEmpty > 0)
+	if (_nEmpty > 0 || _bChecking)
 		return false;
-	for (int index = 0; index < GetLength(); ++index)
-	{
-		IShader* pShader = _GetSlot(index);
-		if (pShader == nullptr || !pShader->IsComplete())
-			return false;
-	}
-	return true;
+	_bChecking = true;
+	bool bComplete = true;
+	for (int index = 0; bComplete && index < GetLength(); ++index)
+		bComplete = _GetSlot(index)->IsComplete();
+	_bChecking = false;
+	return bComplete;
+}
+
+bool ParameterInterface::_NotifyChangeStructure()
+{
+	if (_bNotifying)
+		return true;
+	_bNotifying = true;
+	const bool bNotified = _setListenersChangeStructure.Notify(this);
+	_bNotifying = false;
+	return bNotified;
 }
 
 bool ParameterInterface::IsDefault(int index) const

@@ -96,7 +96,7 @@ protected:
 	// Every write of a slot and of the length goes through these, which keep the count of empty slots.
 	void _Put(int index, IShader* pShader);
 	void _Resize(int nLength);
-	bool _NotifyChangeStructure() { return _setListenersChangeStructure.Notify(this); }
+	bool _NotifyChangeStructure();
 	// A new shader of the class a constructor call names, or null (reported to the console).
 	IShader* _CreateDefault(const FunctionCall* pCall, const char* sFailure, Result* pResult) const;
 	int _FindSlot(IShader* pShader, int iExcept) const;
@@ -121,6 +121,10 @@ private:
 	void _Unlisten(IShader* pShader);
 
 	ListenerSet<Listener> _setListenersChangeStructure;
+	// Set while this input asks or tells its connected shaders, so that a connection cycle (a shader
+	// reaching itself through inputs) ends here instead of recursing.
+	mutable bool _bChecking = false;
+	bool _bNotifying = false;
 };
 
 } // namespace Tarsel::Effects
