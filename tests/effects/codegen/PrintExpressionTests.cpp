@@ -211,4 +211,8 @@ TEST(PrintExpression, ArrayConstructorsKeepTheirLength)
 	VisitorPrintTsl printer(nullptr, nullptr, false);
 	ASSERT_TRUE(printer.Visit(t.m.get()));
 	EXPECT_NE(printer.result().find("float k[3] = float[3](1.0, 2.0, 3.0);\n"), std::string::npos);
+	// Without a length the brackets stay, or the declaration would be a scalar.
+	Type* pOpen = t.m->CreateType(kType_Float);
+	pOpen->SetArray(true);
+	EXPECT_EQ(PrintNode(t.m->CreateDeclarationStatement(t.Decl(pOpen, "v"))), "float v[];\n");
 }

@@ -425,10 +425,11 @@ bool VisitorPrintTsl::Visit(VariableDeclaration* pNode)
 	if (!_PrintNode(pNode->GetType()))
 		return false;
 	_sResult.append(" ").append(pNode->GetIdentifier()->GetString());
-	if (Expression* pLength = pNode->GetType()->GetLength())
+	// An array without a length keeps its brackets: dropping them would declare a scalar.
+	if (pNode->GetType()->IsArray())
 	{
 		_sResult += '[';
-		if (!_Print(pLength))
+		if (pNode->GetType()->GetLength() && !_Print(pNode->GetType()->GetLength()))
 			return false;
 		_sResult += ']';
 	}
