@@ -13,7 +13,7 @@ namespace Tarsel::Effects
 {
 
 // A value of one shader parameter that holds for one primitive only, overriding the shared value there.
-class ILocalParameter : public ITypedValues
+class TARSEL_EFFECTS_EXPORT ILocalParameter : public ITypedValues
 {
 public:
 	typedef FastDelegate1<ILocalParameter*, bool> ListenerDelete;

@@ -1,0 +1,100 @@
+// A renderer's use of TarselEffects in miniature: load the shipped shader libraries, make a material
+// and a light, tune them, and shut down. The reference Quillon device stands in for the GPU, so the
+// program runs anywhere.
+#include "core/Assets.h"
+#include "core/Console.h"
+#include "core/Path.h"
+#include "core/Result.h"
+#include "effects/IParameter.h"
+#include "effects/IShader.h"
+#include "effects/MgrEffects.h"
+#include "effects/Version.h"
+#include "quillon/Reference.h"
+
+#include <cstdio>
+#include <string>
+
+using namespace Tarsel;
+using namespace Tarsel::Effects;
+
+namespace
+{
+
+// Results collect messages newest last; print them in the order they happened.
+void PrintResult(const Result& result)
+{
+	for (const std::string& message : result.GetMessages())
+		std::fprintf(stderr, "%s%s", message.c_str(), !message.empty() && message.back() == '\n' ? "" : "\n");
+}
+
+void PrintParameter(IShader* shader, const char* name)
+{
+	std::string value;
+	IParameter* parameter = shader->GetParameter(name);
+	if (parameter && parameter->GetAsString(value))
+		std::printf("%s.%s = %s\n", shader->GetClassName().c_str(), name, value.c_str());
+}
+
+bool LoadLibraries(MgrEffects& effects)
+{
+	// Interfaces first: the classes of the other libraries implement them.
+	for (const char* file : {"Interfaces.tsl", "Sampling.tsl", "Textures.tsl", "Lights.tsl", "Surfaces.tsl"})
+	{
+		Result result;
+		if (!effects.AddLibrary(std::string(file), &result))
+		{
+			PrintResult(result);
+			return false;
+		}
+		std::printf("loaded %s\n", file);
+	}
+	return true;
+}
+
+bool Run(MgrEffects& effects)
+{
+	if (!LoadLibraries(effects))
+		return false;
+	Result result;
+	IShader* light = effects.CreateShader("PointLight", &result);
+	IShader* material = effects.CreateShader("Glass", &result);
+	if (!light || !material)
+	{
+		PrintResult(result);
+		return false;
+	}
+	const bool bSet = light->SetParameter(&result, "intensity", 25.0f) &&
+	                  light->SetParameter(&result, "position", Vector3f(1.0f, 3.0f, 2.0f)) &&
+	                  material->SetParameter(&result, "ior", 1.33f);
+	PrintResult(result);
+	PrintParameter(light, "intensity");
+	PrintParameter(light, "position");
+	PrintParameter(material, "ior");
+	PrintParameter(material, "tint");
+	effects.DestroyShader(material);
+	effects.DestroyShader(light);
+	return bSet;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+	const std::string shaders = argc > 1 ? argv[1] : TARSEL_SHADERS_DIR;
+	std::printf("TarselEffects %s\n", GetVersion());
+	GetMgrAssets()->AddSearchRoot(Path(shaders));
+
+	DefaultConsole console;
+	ReferenceContext context;
+	MgrEffects effects;
+	Result result;
+	if (!effects.Init(&console, &context, &result))
+	{
+		PrintResult(result);
+		return 1;
+	}
+	const bool bDone = Run(effects);
+	effects.Shutdown();
+	std::printf(bDone ? "done\n" : "failed\n");
+	return bDone ? 0 : 1;
+}
