@@ -51,29 +51,40 @@ bool LoadLibraries(MgrEffects& effects)
 	return true;
 }
 
+// The light reaches the material through the material's interface input "lights".
+bool Connect(IShader* material, IShader* light, Result& result)
+{
+	IParameter* lights = material->GetParameter("lights");
+	if (!lights || !lights->SetLength(1) || !material->SetParameter(&result, "lights", light, 0))
+		return false;
+	IShader* connected = nullptr;
+	if (lights->Get(connected, 0) && connected)
+		std::printf("%s.lights[0] = %s\n", material->GetClassName().c_str(),
+		            connected->GetClassName().c_str());
+	return true;
+}
+
 bool Run(MgrEffects& effects)
 {
 	if (!LoadLibraries(effects))
 		return false;
 	Result result;
 	IShader* light = effects.CreateShader("PointLight", &result);
-	IShader* material = effects.CreateShader("Glass", &result);
-	if (!light || !material)
-	{
-		PrintResult(result);
-		return false;
-	}
-	const bool bSet = light->SetParameter(&result, "intensity", 25.0f) &&
+	IShader* material = effects.CreateShader("Matte", &result);
+	const bool bMade = light && material;
+	const bool bSet = bMade && light->SetParameter(&result, "intensity", 25.0f) &&
 	                  light->SetParameter(&result, "position", Vector3f(1.0f, 3.0f, 2.0f)) &&
-	                  material->SetParameter(&result, "ior", 1.33f);
+	                  material->SetParameter(&result, "ambient", Vector3f(0.05f, 0.05f, 0.05f)) &&
+	                  Connect(material, light, result);
 	PrintResult(result);
+	if (!bSet)
+		return false;
 	PrintParameter(light, "intensity");
 	PrintParameter(light, "position");
-	PrintParameter(material, "ior");
-	PrintParameter(material, "tint");
+	PrintParameter(material, "ambient");
 	effects.DestroyShader(material);
 	effects.DestroyShader(light);
-	return bSet;
+	return true;
 }
 
 } // namespace

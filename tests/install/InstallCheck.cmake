@@ -133,7 +133,7 @@ function(step_consumer)
   run_checked(${CMAKE_COMMAND} --build ${_scratch})
   run_checked(${_scratch}/consumer)
   message(STATUS "consumer:\n${OUT}")
-  expect_match("${OUT}" "TarselEffects ${VERSION}\n" "loaded Surfaces\\.tsl" "Glass\\.ior = 1\\.33" "\ndone\n")
+  expect_match("${OUT}" "TarselEffects ${VERSION}\n" "loaded Surfaces\\.tsl" "Matte\\.lights\\[0\\] = PointLight" "PointLight\\.intensity = 25" "\ndone\n")
 endfunction()
 
 function(step_tools)
