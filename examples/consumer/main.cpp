@@ -1,11 +1,13 @@
 // A renderer's use of TarselEffects in miniature: load the shipped shader libraries, make a material
-// and a light, tune them, and shut down. The reference Quillon device stands in for the GPU, so the
-// program runs anywhere.
+// and a light, connect them, render two frames of a surface effect, and shut down. The reference Quillon
+// device stands in for the GPU, so the program runs anywhere.
 #include "core/Assets.h"
 #include "core/Console.h"
 #include "core/Path.h"
 #include "core/Result.h"
+#include "effects/IEffect.h"
 #include "effects/IParameter.h"
+#include "effects/IReferenceEffect.h"
 #include "effects/IShader.h"
 #include "effects/MgrEffects.h"
 #include "effects/Version.h"
@@ -64,6 +66,38 @@ bool Connect(IShader* material, IShader* light, Result& result)
 	return true;
 }
 
+// One frame: compile what changed, then write the primitive's values; the reference device records them.
+bool RunFrame(MgrEffects& effects, IEffect* surface, ReferencePrimitive& primitive, int frame)
+{
+	Result result;
+	primitive.ClearWrites();
+	const bool bApplied = effects.Update(&result) && surface->Apply(&primitive, &result);
+	PrintResult(result);
+	std::printf("frame %d: %zu values applied\n", frame, primitive.GetWrites().size());
+	for (const QLWrite& write : primitive.GetWrites())
+		std::printf("  %s\n", write.Describe().c_str());
+	return bApplied;
+}
+
+// A surface effect rooted in the material, on one primitive. Between the two frames only a value changes,
+// so the second frame recompiles nothing and its update writes just that value before the apply.
+bool RunFrames(MgrEffects& effects, IShader* material, IShader* light)
+{
+	ReferencePrimitive primitive;
+	IEffect* surface = effects.CreateEffectSurface();
+	IReferenceEffect* reference =
+	    surface && surface->SetRoot(material) ? surface->CreateReference(&primitive) : nullptr;
+	Result result;
+	const bool bDone = reference && RunFrame(effects, surface, primitive, 0) &&
+	                   light->SetParameter(&result, "intensity", 40.0f) &&
+	                   RunFrame(effects, surface, primitive, 1);
+	PrintResult(result);
+	if (reference)
+		surface->DestroyReference(reference);
+	effects.DestroyEffectSurface(surface);
+	return bDone;
+}
+
 bool Run(MgrEffects& effects)
 {
 	if (!LoadLibraries(effects))
@@ -75,16 +109,17 @@ bool Run(MgrEffects& effects)
 	const bool bSet = bMade && light->SetParameter(&result, "intensity", 25.0f) &&
 	                  light->SetParameter(&result, "position", Vector3f(1.0f, 3.0f, 2.0f)) &&
 	                  material->SetParameter(&result, "ambient", Vector3f(0.05f, 0.05f, 0.05f)) &&
-	                  Connect(material, light, result);
+	                  material->SetCoord(&result, "uv", "a_TexCoord0") && Connect(material, light, result);
 	PrintResult(result);
 	if (!bSet)
 		return false;
 	PrintParameter(light, "intensity");
 	PrintParameter(light, "position");
 	PrintParameter(material, "ambient");
+	const bool bRan = RunFrames(effects, material, light);
 	effects.DestroyShader(material);
 	effects.DestroyShader(light);
-	return true;
+	return bRan;
 }
 
 } // namespace

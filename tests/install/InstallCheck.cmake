@@ -133,7 +133,10 @@ function(step_consumer)
   run_checked(${CMAKE_COMMAND} --build ${_scratch})
   run_checked(${_scratch}/consumer)
   message(STATUS "consumer:\n${OUT}")
-  expect_match("${OUT}" "TarselEffects ${VERSION}\n" "loaded Surfaces\\.tsl" "Matte\\.lights\\[0\\] = PointLight" "PointLight\\.intensity = 25" "\ndone\n")
+  # The second frame writes the light's new intensity, found on the line after its count.
+  expect_match("${OUT}" "TarselEffects ${VERSION}\n" "loaded Surfaces\\.tsl" "Matte\\.lights\\[0\\] = PointLight"
+               "PointLight\\.intensity = 25" "frame 0: [1-9][0-9]* values applied"
+               "frame 1: [1-9][0-9]* values applied\n[^\n]*'intensity_[^ ]*' float count 1 {40}" "\ndone\n")
 endfunction()
 
 function(step_tools)

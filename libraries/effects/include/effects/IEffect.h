@@ -3,7 +3,8 @@
 #include <string>
 
 #include "core/Delegate.h"
-#include "manager/Key.h"
+#include "effects/Export.h"
+#include "effects/Key.h"
 
 namespace Tarsel
 {
@@ -22,7 +23,7 @@ class IReferenceEffect;
 class IShader;
 
 // One queued value change of an effect: replayed on every primitive that still has the old value.
-class ActionUpdate
+class TARSEL_EFFECTS_EXPORT ActionUpdate
 {
 public:
 	typedef FastDelegate2<IQLPrimitive*, IQLProgram*, bool> DelegateApply;
@@ -43,7 +44,7 @@ private:
 };
 
 // One compiled program built from a root shader and the shaders connected to it, applied per primitive.
-class IEffect
+class TARSEL_EFFECTS_EXPORT IEffect
 {
 public:
 	typedef FastDelegate1<IEffect*, bool> Listener;

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "core/Delegate.h"
+#include "effects/Export.h"
 
 namespace Tarsel
 {
@@ -18,7 +19,7 @@ class ILocalParameter;
 class IShader;
 
 // An effect's presence on one primitive: its pending value changes and its local parameters.
-class IReferenceEffect
+class TARSEL_EFFECTS_EXPORT IReferenceEffect
 {
 public:
 	typedef FastDelegate1<IReferenceEffect*, bool> Listener;
