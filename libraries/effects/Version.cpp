@@ -4,6 +4,6 @@ namespace Tarsel::Effects
 {
 const char* GetVersion()
 {
-	return "0.1.0";
+	return TARSEL_EFFECTS_VERSION;
 }
 } // namespace Tarsel::Effects

@@ -81,3 +81,6 @@ tarsel_fx_test(runs_vertex_stage 0 TOOL qlsl-run
 tarsel_fx_test(run_unknown_uniform 1 TOOL qlsl-run ARGS ${_ql_data}/surface_root.qlray ${_ql_data}/surface_graph.qlray
                --uniform colour=1 EXPECT "'colour' is not a uniform of the program")
 tarsel_fx_test(run_usage 2 TOOL qlsl-run ARGS --uniform EXPECT "--uniform needs a value" "usage: qlsl-run")
+
+# The guides' examples are checked by test_tools.
+target_compile_definitions(test_tools PRIVATE TARSEL_DOCS_DIR="${PROJECT_SOURCE_DIR}/docs")

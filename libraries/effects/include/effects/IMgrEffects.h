@@ -3,8 +3,9 @@
 #include <string>
 
 #include "core/Delegate.h"
-#include "manager/Key.h"
-#include "syntax/Syntax.h"
+#include "effects/Export.h"
+#include "effects/Key.h"
+#include "effects/Types.h"
 
 namespace Tarsel
 {
@@ -24,7 +25,7 @@ class IPrototypeShader;
 class IPrototypeInterface;
 
 // The library's single entry point, seen by the host and by every object of the system.
-class IMgrEffects
+class TARSEL_EFFECTS_EXPORT IMgrEffects
 {
 public:
 	typedef FastDelegate2<TypeSpecifier, const std::string&, bool> VisitorTyped;
@@ -91,7 +92,7 @@ public:
 };
 
 // Scope marker of the inert compile-stop facility.
-class AutoStopCompile
+class TARSEL_EFFECTS_EXPORT AutoStopCompile
 {
 public:
 	AutoStopCompile(IMgrEffects*, const std::string&) {}

@@ -2,9 +2,11 @@
 
 #include <cstdint>
 
+#include "effects/Export.h"
+
 // A byte-stream connection between the statistics registry and a viewer. Failures never throw:
 // operations answer false, 0 or -1.
-class IPCWrapper
+class TARSEL_EFFECTS_EXPORT IPCWrapper
 {
 public:
 	virtual ~IPCWrapper() {}

@@ -2,7 +2,7 @@
 
 #include "core/Delegate.h"
 #include "effects/ITypedValues.h"
-#include "syntax/Enumerations.h"
+#include "effects/Types.h"
 
 #include <string>
 
@@ -16,7 +16,7 @@ class Module;
 class Visitor;
 
 // One input of a shader or of a shader class: a value, a vertex coordinate or a connection to other shaders.
-class IParameter : public ITypedValues
+class TARSEL_EFFECTS_EXPORT IParameter : public ITypedValues
 {
 public:
 	enum ParameterClass

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "effects/Export.h"
+
 namespace Tarsel::Effects
 {
 
@@ -11,7 +13,7 @@ class InterfaceDefinition;
 class ReferencePrototypeInterface;
 
 // The class-level view of one interface: what its methods are called in generated code.
-class IPrototypeInterface
+class TARSEL_EFFECTS_EXPORT IPrototypeInterface
 {
 public:
 	virtual ~IPrototypeInterface() {}

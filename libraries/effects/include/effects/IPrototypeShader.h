@@ -4,8 +4,9 @@
 
 #include "core/Delegate.h"
 #include "core/Vector.h"
+#include "effects/Export.h"
+#include "effects/Types.h"
 #include "quillon/QLTypes.h"
-#include "syntax/Enumerations.h"
 
 namespace Tarsel
 {
@@ -28,7 +29,7 @@ template <class T>
 class TIParentSyntax;
 
 // The class-level view of one shader class: its static values and the code its instances share.
-class IPrototypeShader
+class TARSEL_EFFECTS_EXPORT IPrototypeShader
 {
 public:
 	typedef FastDelegate1<IPrototypeShader*, bool> ListenerDelete;

@@ -4,6 +4,7 @@
 
 #include "core/Delegate.h"
 #include "core/Vector.h"
+#include "effects/Export.h"
 #include "quillon/QLTypes.h"
 
 namespace Tarsel
@@ -24,7 +25,7 @@ class IReferenceShader;
 class Module;
 
 // One instance of a shader class, as the host and the graphs see it.
-class IShader
+class TARSEL_EFFECTS_EXPORT IShader
 {
 public:
 	enum shaderType

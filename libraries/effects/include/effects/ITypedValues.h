@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/Vector.h"
+#include "effects/Export.h"
 #include "quillon/QLTypes.h"
 
 #include <string>
@@ -57,7 +58,7 @@ class IShader;
 
 // The typed value operations that the host calls on parameters and on per-primitive local parameters.
 // Every form that an implementation does not support answers false.
-class ITypedValues
+class TARSEL_EFFECTS_EXPORT ITypedValues
 {
 public:
 	virtual ~ITypedValues() {}

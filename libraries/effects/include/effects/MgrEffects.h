@@ -7,7 +7,7 @@ namespace Tarsel::Effects
 
 // The facade the host instantiates; everything is done by the owned implementation, which records the
 // facade as the manager that created objects receive.
-class MgrEffects : public IMgrEffects
+class TARSEL_EFFECTS_EXPORT MgrEffects : public IMgrEffects
 {
 public:
 	MgrEffects();

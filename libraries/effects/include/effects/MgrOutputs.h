@@ -5,13 +5,14 @@
 #include <utility>
 
 #include "core/Delegate.h"
-#include "syntax/Syntax.h"
+#include "effects/Export.h"
+#include "effects/Types.h"
 
 namespace Tarsel::Effects
 {
 
 // Counts acquisitions of named outputs and tells listeners about the first acquisition and the last release.
-class MgrOutputs
+class TARSEL_EFFECTS_EXPORT MgrOutputs
 {
 public:
 	typedef FastDelegate2<TypeSpecifier, const std::string&, bool> ListenerAdd;

@@ -7,12 +7,13 @@
 #include <string>
 #include <thread>
 
+#include "effects/Export.h"
 #include "effects/IPCWrapper.h"
 #include "effects/Stat.h"
 
 // The process-wide registry of statistics. A viewer on the same machine learns which statistics
 // exist from the server thread; the owner dumps frame samples through any IPCWrapper.
-class MgrStats
+class TARSEL_EFFECTS_EXPORT MgrStats
 {
 public:
 	enum Kind

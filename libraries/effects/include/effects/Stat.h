@@ -2,11 +2,13 @@
 
 #include <string>
 
+#include "effects/Export.h"
+
 class IPCWrapper;
 
 // One named hit counter or timer, kept per frame slot. Only the thread that drives frames
 // should trigger it: a trigger is a plain add on the current slot.
-class Stat
+class TARSEL_EFFECTS_EXPORT Stat
 {
 public:
 	static constexpr int kFrameCount = 64;

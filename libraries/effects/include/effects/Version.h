@@ -1,7 +1,9 @@
 #pragma once
 
+#include "effects/Export.h"
+
 namespace Tarsel::Effects
 {
 // The library's version text, "major.minor.patch".
-const char* GetVersion();
+TARSEL_EFFECTS_EXPORT const char* GetVersion();
 } // namespace Tarsel::Effects
