@@ -22,6 +22,7 @@ class Loops
 	vec3 Postfix(vec3 P) { vec3 c; for (int i = 0; i < lights.length; i++) c += lights[i].Emit(P); return c; }
 	vec3 Arithmetic(vec3 P) { vec3 c; for (int i = 0; i < lights.length; ++i) c += lights[i].Emit(P * float(i + 1)); return c; }
 	vec3 Constant(vec3 P) { vec3 c; for (int i = 0; i < lights.length; ++i) c += lights[0].Emit(P); return c; }
+	vec3 Skips(vec3 P) { vec3 c; for (int i = 0; i < lights.length; ++i) { if (c.x > 1.0) continue; c += lights[i].Emit(P); } return c; }
 	int Count() { return lights.length; }
 }
 class Whole { input Light lights[]; vec3 Emit(vec3 P) { return lights.Emit(P); } }
@@ -155,8 +156,9 @@ TEST_F(InterfaceCodeTest, ThreeConnectedShadersPrintWithTheirDispatchAndUnrolled
 	EXPECT_LT(unrolled.find(emit[0]), unrolled.find(emit[1]));
 	EXPECT_EQ(unrolled.find(dispatch), std::string::npos);
 
-	// Any looser loop stays a loop and calls through the dispatch function.
-	for (const char* method : {"LessEqual", "Postfix", "Arithmetic", "Constant"})
+	// Any looser loop stays a loop and calls through the dispatch function; so does one whose body jumps,
+	// since its copies would have no loop to continue.
+	for (const char* method : {"LessEqual", "Postfix", "Arithmetic", "Constant", "Skips"})
 	{
 		const std::string kept = Function(text, "vec3 " + loops->GetMethodNameMangled(method));
 		EXPECT_NE(kept.find("for"), std::string::npos) << method << "\n" << kept;

@@ -444,8 +444,12 @@ bool Graph::_CollectVertexAttributeDeclarations(Module* module)
 
 bool Graph::_CollectConstructorStatic(Module* module)
 {
-	CompoundStatement* body = module->CreateCompoundStatement();
+	// By class name, not by the map's pointer order, so that a graph prints the same text on every run.
+	std::map<std::string, ReferencePrototypeShader*> byName;
 	for (const auto& entry : _mReferencePrototypeShaders)
+		byName.emplace(entry.first->GetClassName(), entry.second);
+	CompoundStatement* body = module->CreateCompoundStatement();
+	for (const auto& entry : byName)
 		if (entry.second->HasConstructorStatic())
 			AddCall(module, body, entry.second->GetConstructorStatic());
 	return module->AddFunctionDefinition(CreateFunctionVoid(module, GetConstructorStatic(), body));

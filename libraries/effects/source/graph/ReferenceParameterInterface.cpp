@@ -2,7 +2,10 @@
 
 #include "effects/IParameter.h"
 #include "effects/IShader.h"
+#include "objects/ParameterInterfaceArray.h"
 #include "objects/ParameterValueConsole.h"
+#include "quillon/IQLPrimitive.h"
+#include "quillon/IQLProgram.h"
 
 namespace Tarsel::Effects
 {
@@ -101,6 +104,26 @@ bool ReferenceParameterInterface::IsComplete()
 	for (const Slot& slot : _vReferences)
 		if (slot.pReference == nullptr || !slot.pReference->IsComplete())
 			return false;
+	return true;
+}
+
+bool ReferenceParameterInterface::Apply(IQLPrimitive* primitive, IQLProgram* program)
+{
+	const auto* array = dynamic_cast<const ParameterInterfaceArray*>(_pObject);
+	if (array == nullptr)
+		return true;
+	const std::string& name = array->GetNameCount();
+	const int location = program ? program->GetUniformLocation(name.c_str()) : -1;
+	if (location == -1)
+	{
+		ConsoleOf(nullptr)->Message("ReferenceParameterInterfaceArray::Apply Count LocationUniform\n");
+		return false;
+	}
+	if (!primitive->SetUniform(name, location, array->GetLength()))
+	{
+		ConsoleOf(nullptr)->Message("ReferenceParameterInterfaceArray::Apply Count SetUniform\n");
+		return false;
+	}
 	return true;
 }
 

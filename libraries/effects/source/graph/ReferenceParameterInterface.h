@@ -25,6 +25,8 @@ public:
 
 	// Complete when every slot holds a shader whose reference is complete; an empty array is complete.
 	bool IsComplete() override;
+	// An array writes its element count, which the dispatched loops of the program run up to.
+	bool Apply(IQLPrimitive* primitive, IQLProgram* program) override;
 	int GetCountReferences() const { return static_cast<int>(_vReferences.size()); }
 	IReferenceShader* GetReference(int index) const;
 

@@ -502,8 +502,10 @@ bool PrototypeShader::_ReplaceFunctionSelectionStatic(FunctionSelection* selecti
 		return true;
 	if (!called->ReplaceStatic(selection, parent, result))
 		return false;
-	if (called != this && _setPrototypeShadersStatic.insert(called).second)
+	if (called != this && std::find(_vPrototypeShadersStatic.begin(), _vPrototypeShadersStatic.end(),
+	                                called) == _vPrototypeShadersStatic.end())
 	{
+		_vPrototypeShadersStatic.push_back(called);
 		ListenerDelete listener = MakeDelegate(this, &PrototypeShader::_OnDeleteReferenceStatic);
 		called->AddListenerDelete(listener);
 	}
@@ -546,7 +548,9 @@ bool PrototypeShader::_ReplaceFunctionCallStatic(FunctionCall* call, TIParentSyn
 
 bool PrototypeShader::_OnDeleteReferenceStatic(IPrototypeShader* prototype)
 {
-	_setPrototypeShadersStatic.erase(prototype);
+	_vPrototypeShadersStatic.erase(
+	    std::remove(_vPrototypeShadersStatic.begin(), _vPrototypeShadersStatic.end(), prototype),
+	    _vPrototypeShadersStatic.end());
 	return true;
 }
 
@@ -583,7 +587,7 @@ bool PrototypeShader::IsComplete()
 	for (const auto& entry : _mParameters)
 		if (!entry.second->IsComplete())
 			return false;
-	for (IPrototypeShader* prototype : _setPrototypeShadersStatic)
+	for (IPrototypeShader* prototype : _vPrototypeShadersStatic)
 		if (!prototype->IsComplete())
 			return false;
 	return true;
@@ -675,9 +679,9 @@ void PrototypeShader::Shutdown()
 	_setListenersDelete.Visit(this);
 	_setListenersDelete.clear();
 	ListenerDelete listener = MakeDelegate(this, &PrototypeShader::_OnDeleteReferenceStatic);
-	for (IPrototypeShader* prototype : _setPrototypeShadersStatic)
+	for (IPrototypeShader* prototype : _vPrototypeShadersStatic)
 		prototype->RemoveListenerDelete(listener);
-	_setPrototypeShadersStatic.clear();
+	_vPrototypeShadersStatic.clear();
 	ShutdownShaders();
 	for (auto& entry : _mReferences)
 		delete entry.second.first;
@@ -810,7 +814,7 @@ bool PrototypeShader::VisitPrototypeMembers(VisitorPrototypeMember& visitor)
 bool PrototypeShader::VisitPrototypeShadersStatic(VisitorPrototypeShader& visitor)
 {
 	bool all = true;
-	for (IPrototypeShader* prototype : _setPrototypeShadersStatic)
+	for (IPrototypeShader* prototype : _vPrototypeShadersStatic)
 		all = visitor(prototype) && all;
 	return all;
 }

@@ -166,7 +166,8 @@ private:
 	Library* _pLibrary;
 	Module* _pStatic;
 	Module* _pTemplate;
-	std::set<IPrototypeShader*> _setPrototypeShadersStatic;
+	// In order of first use, so that graphs collect them in the same order on every run.
+	std::vector<IPrototypeShader*> _vPrototypeShadersStatic;
 	std::map<std::string, std::string> _mMethodNames;
 	std::map<std::string, IParameter*> _mParameters;
 	std::map<std::string, IMember*> _mMembers;

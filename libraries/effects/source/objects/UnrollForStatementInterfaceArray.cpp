@@ -66,8 +66,11 @@ public:
 		    MakeDelegate(this, &BodyCheck::_OnSelection));
 		TVisitorSyntaxConstDelegate<Variable, TParentSyntaxConst<Expression>> variables(
 		    MakeDelegate(this, &BodyCheck::_OnVariable));
+		TVisitorSyntaxConstDelegate<JumpStatement, TParentSyntaxConst<Statement>> jumps(
+		    MakeDelegate(this, &BodyCheck::_OnJump));
 		TParentSyntaxConst<Statement> link;
-		return pBody->AcceptVisitor(&selections, &link) && pBody->AcceptVisitor(&variables, &link);
+		return pBody->AcceptVisitor(&selections, &link) && pBody->AcceptVisitor(&variables, &link) &&
+		       pBody->AcceptVisitor(&jumps, &link);
 	}
 
 private:
@@ -90,6 +93,13 @@ private:
 		return pHolderExpression->GetClass() == kClass_Subscript &&
 		       static_cast<const Subscript*>(pHolderExpression)->GetIndex() == pVariable &&
 		       IsVariable(static_cast<const Subscript*>(pHolderExpression)->GetArray(), _sArray);
+	}
+
+	// Copies laid one after another have no loop for a break or continue to leave, so such a loop stays a
+	// loop (a jump of a nested loop keeps it too: rare, and still correct through the dispatch).
+	bool _OnJump(const JumpStatement* pJump, TParentSyntaxConst<Statement>*)
+	{
+		return pJump->GetType() == kJump_Return;
 	}
 
 	std::string _sVariable;

@@ -271,7 +271,16 @@ class ClassDefinition : public Declaration
 {
 public:
 	using Coords = std::map<std::string, VariableDeclaration*>;
-	using Outputs = std::map<String*, Type*>;
+	// By name text, not by node address, so that every walk over them (and the printed text) is the same
+	// on every run.
+	struct LessName
+	{
+		bool operator()(const String* pFirst, const String* pSecond) const
+		{
+			return pFirst->GetString() < pSecond->GetString();
+		}
+	};
+	using Outputs = std::map<String*, Type*, LessName>;
 
 	ClassDefinition(Module* pModule, String* pName) : Declaration(pModule), _pName(pName) {}
 	~ClassDefinition() override;
