@@ -239,8 +239,8 @@ bool Effect<PV, PC>::_InitGraph(IShader* shader)
 template <class PV, class PC>
 void Effect<PV, PC>::_ShutdownGraph()
 {
-	_policyVertex.UnbindGraph();
-	// The graph owns the reference it made for this effect.
+	// The graph owns the reference it made for this effect; the vertex policy lets go when told of the
+	// deletion.
 	delete _pGraph;
 	_pGraph = nullptr;
 	_pReferenceGraph = nullptr;
