@@ -80,14 +80,6 @@ protected:
 		for (auto& primitive : vPrimitives)
 			primitive->ClearWrites();
 	}
-	// Uniform names written to a primitive, in order.
-	static std::vector<std::string> Written(const ReferencePrimitive* primitive)
-	{
-		std::vector<std::string> names;
-		for (const QLWrite& write : primitive->GetWrites())
-			names.push_back(write.uniform);
-		return names;
-	}
 	static std::string Violations(const ReferencePrimitive* primitive)
 	{
 		std::string text;

@@ -44,6 +44,7 @@ TEST_F(EffectManagerTest, UpdateGoesSurfacesPrefixesRenderersAndNeverStopsEarly)
 	for (IEffect* effect : {renderer, prefix, surface})
 		effect->AddListenerCompile(MakeDelegate(&order, &CompileOrder::On));
 	EXPECT_EQ(rootless->GetMgrEffects(), &mgr);
+	EXPECT_EQ(rootless->GetQLProgram()->GetName(), "Init");
 
 	Result result;
 	EXPECT_FALSE(mgr.Update(&result));
@@ -76,20 +77,6 @@ TEST_F(EffectManagerTest, AnEffectOfAnotherKindIsNotFoundAndStaysAlive)
 	IMgrEffects::VisitorEffect visitor = visited.Delegate();
 	mgr.VisitEffectsSurface(visitor);
 	EXPECT_EQ(visited.n, 0);
-}
-
-TEST_F(EffectManagerTest, NamesReachTheProgramAndTheRootShader)
-{
-	IEffect* surface = mgr.CreateEffectSurface();
-	EXPECT_EQ(surface->GetQLProgram()->GetName(), "Init");
-	IShader* root = nullptr;
-	EXPECT_TRUE(surface->GetRoot(root));
-	EXPECT_EQ(root, nullptr);
-	surface->SetName("floor");
-	Effect(surface, Flat(), {Primitive()});
-	Update();
-	EXPECT_EQ(surface->GetQLProgram()->GetName(), "floor");
-	EXPECT_EQ(surface->GetRoot(root) ? root->GetClassName() : "", "Flat");
 }
 
 // Replays and index writes bind their primitive and make their own program current, so that two effects
