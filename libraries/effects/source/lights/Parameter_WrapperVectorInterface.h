@@ -1,0 +1,66 @@
+#pragma once
+
+#include <vector>
+
+#include "lights/IParameterWrapper.h"
+
+namespace Tarsel::Effects
+{
+
+// What the two inputs of manager shaders share: an indexer array with one element per connected light,
+// which also gives the input its length, and the shaders the host connected, one per element.
+class Parameter_WrapperVectorInterfaceBase : public IParameterWrapper
+{
+public:
+	Parameter_WrapperVectorInterfaceBase(IParameter* pParameter, IParameter* pIndexer);
+
+	using IParameterWrapper::Get;
+	using IParameterWrapper::Set;
+
+	void Detach() override;
+	bool IsArray() const override { return _pIndexer && _pIndexer->IsArray(); }
+	int GetLength() const override { return _pIndexer ? _pIndexer->GetLength() : 0; }
+	bool IsResizable() const override { return _pIndexer && _pIndexer->IsResizable(); }
+	// The indexer first; the connections follow only when it took the length.
+	bool SetLength(int nLength) override;
+	bool Get(IShader*& pShader, int index) override;
+
+protected:
+	bool _InRange(int index) const { return index >= 0 && index < int(_vConnections.size()); }
+	bool _AnyOtherConnection(int index) const;
+
+	IParameter* _pIndexer;
+	std::vector<IShader*> _vConnections;
+};
+
+// A single input of a manager shader that collects lights of one class through an int indexer.
+class Parameter_WrapperVectorInterfaceSingle : public Parameter_WrapperVectorInterfaceBase
+{
+public:
+	Parameter_WrapperVectorInterfaceSingle(IParameter* pParameter, IParameter* pIndexer);
+
+	using Parameter_WrapperVectorInterfaceBase::Get;
+	using Parameter_WrapperVectorInterfaceBase::Set;
+
+	bool Get(IShader*& pShader) override;
+	bool Set(IShader* pShader) override;
+	bool Set(IShader* pShader, int index) override;
+
+private:
+	IShader* _pShaderConnected;
+};
+
+// An interface-array input of a manager shader that collects lights of any classes through an ivec2
+// indexer: one slot per array shader, (slot, element) per light.
+class Parameter_WrapperVectorInterfaceMulti : public Parameter_WrapperVectorInterfaceBase
+{
+public:
+	using Parameter_WrapperVectorInterfaceBase::Parameter_WrapperVectorInterfaceBase;
+
+	using Parameter_WrapperVectorInterfaceBase::Get;
+	using Parameter_WrapperVectorInterfaceBase::Set;
+
+	bool Set(IShader* pShader, int index) override;
+};
+
+} // namespace Tarsel::Effects
