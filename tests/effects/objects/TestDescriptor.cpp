@@ -108,11 +108,19 @@ TEST_F(DescriptorTest, InterfaceInputsDescribeTheirTargetAndLength)
 	EXPECT_EQ(lamp->GetNameIndices(), "InterfaceIndices" + lamp->GetKey().ToString());
 	EXPECT_EQ(lamp->GetNameMangled(), "lamp" + lamp->GetKey().ToString());
 
-	// Shaders with interface inputs cannot be made until those inputs exist.
-	Result result;
-	EXPECT_EQ(mgr.CreateShader("Stone", &result), nullptr);
-	EXPECT_NE(Text(result).find("Interface input \"lights\" can not be created yet"), std::string::npos)
-	    << Text(result);
+	// Each instance gets inputs of the descriptors' shapes, waiting for connections.
+	IShader* shader = Create("Stone");
+	ASSERT_TRUE(shader);
+	EXPECT_FALSE(shader->IsComplete());
+	IParameter* instanceLights = shader->GetParameter("lights");
+	IParameter* instanceThree = shader->GetParameter("three");
+	ASSERT_TRUE(instanceLights && instanceThree && shader->GetParameter("lamp"));
+	EXPECT_EQ(instanceLights->GetClass(), IParameter::kParameterClass_Interface);
+	EXPECT_TRUE(instanceLights->IsResizable());
+	EXPECT_EQ(instanceLights->GetLength(), 1);
+	EXPECT_FALSE(instanceThree->IsResizable());
+	EXPECT_EQ(instanceThree->GetLength(), 3);
+	EXPECT_FALSE(shader->GetParameter("lamp")->IsArray());
 }
 
 TEST_F(DescriptorTest, ValueDescriptorsKeepOneReferencePerGraph)
