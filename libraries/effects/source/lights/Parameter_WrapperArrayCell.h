@@ -16,6 +16,7 @@ public:
 	using IParameterWrapper::Get;
 	using IParameterWrapper::Set;
 
+// Like any single value, the cell is also its own element 0.
 #define TARSEL_ARRAY_CELL_BY_VALUE(T)                                                                        \
 	bool Set(T value) override                                                                               \
 	{                                                                                                        \
@@ -24,6 +25,14 @@ public:
 	bool Get(T& value) override                                                                              \
 	{                                                                                                        \
 		return _pParameter && _pParameter->Get(value, _iIndex);                                              \
+	}                                                                                                        \
+	bool Set(T value, int index) override                                                                    \
+	{                                                                                                        \
+		return index == 0 && Set(value);                                                                     \
+	}                                                                                                        \
+	bool Get(T& value, int index) override                                                                   \
+	{                                                                                                        \
+		return index == 0 && Get(value);                                                                     \
 	}
 #define TARSEL_ARRAY_CELL_BY_REFERENCE(T)                                                                    \
 	bool Set(const T& value) override                                                                        \
@@ -33,6 +42,14 @@ public:
 	bool Get(T& value) override                                                                              \
 	{                                                                                                        \
 		return _pParameter && _pParameter->Get(value, _iIndex);                                              \
+	}                                                                                                        \
+	bool Set(const T& value, int index) override                                                             \
+	{                                                                                                        \
+		return index == 0 && Set(value);                                                                     \
+	}                                                                                                        \
+	bool Get(T& value, int index) override                                                                   \
+	{                                                                                                        \
+		return index == 0 && Get(value);                                                                     \
 	}
 	TARSEL_ARRAY_CELL_BY_VALUE(bool)
 	TARSEL_ARRAY_CELL_BY_VALUE(int)
