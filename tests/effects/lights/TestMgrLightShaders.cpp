@@ -263,6 +263,22 @@ TEST_F(LightsTest, ShutdownGivesBackEveryArrayShaderAndReceiverAndIsSafeToRepeat
 	EXPECT_TRUE(asserts.GetReports().empty());
 }
 
+// The wrong order of shutting down is reported, not crashed on.
+TEST_F(LightsTest, AnEffectsManagerShutDownFirstTakesTheArrayShadersAlong)
+{
+	ASSERT_TRUE(InitLights());
+	Shader_LightShader* point = Light("LightPointArray");
+	mgr.Shutdown();
+	EXPECT_TRUE(Asserted("false", "possible object leak"));
+	EXPECT_EQ(point->GetShaderWrapped(), nullptr);
+	EXPECT_EQ(point->GetParameter("intensity")->GetLength(), 1);
+	EXPECT_FALSE(point->SetParameter(nullptr, "intensity", 1.0f));
+	EXPECT_FALSE(lights.UpdateArrays(false));
+	EXPECT_EQ(lights.CreateShader("LightPointArray", nullptr), nullptr);
+	lights.Shutdown();
+	EXPECT_TRUE(Asserted("false", "null shader in the records"));
+}
+
 TEST(MgrLightShadersSingleton, IsMadeOnceAndForgottenWhenDestroyed)
 {
 	IMgrLightShaders* first = CreateMgrLightShaders();

@@ -182,8 +182,12 @@ Shader_LightShader* MgrLightShaders::_CreateLightShader(const std::string& sClas
 			return nullptr;
 		found = _mRecords.emplace(sClass, Record()).first;
 		found->second.pShaderArray = pShaderArray;
+		IShader::ListenerShader listener = MakeDelegate(this, &MgrLightShaders::_OnDeleteShaderArray);
+		pShaderArray->AddListenerDelete(listener);
 	}
 	Record& record = found->second;
+	if (!record.pShaderArray)
+		return nullptr;
 	auto* pWrapper = new Shader_LightShader();
 	record.setWrappers.insert(pWrapper);
 	const int index = int(record.nCounter++);
@@ -310,6 +314,14 @@ bool MgrLightShaders::_DestroyLightShader(Shader_LightShader* pWrapper)
 	return true;
 }
 
+bool MgrLightShaders::_OnDeleteShaderArray(IShader* pShader)
+{
+	for (auto& entry : _mRecords)
+		if (entry.second.pShaderArray == pShader)
+			entry.second.pShaderArray = nullptr;
+	return true;
+}
+
 bool MgrLightShaders::UpdateArrays(bool bFlag)
 {
 	bool bAll = true;
@@ -326,6 +338,8 @@ bool MgrLightShaders::UpdateArrays(bool bFlag)
 // In the order of the current indices, so that every element moves down onto one that is free already.
 bool MgrLightShaders::_Renumber(Record& record)
 {
+	if (!record.pShaderArray)
+		return false;
 	std::vector<Shader_LightShader*> vWrappers(record.setWrappers.begin(), record.setWrappers.end());
 	std::stable_sort(vWrappers.begin(), vWrappers.end(),
 	                 [](const Shader_LightShader* a, const Shader_LightShader* b)
@@ -379,6 +393,8 @@ bool MgrLightShaders::_ShutdownRecords()
 			TARSEL_FAIL("null shader in the records");
 			return false;
 		}
+		IShader::ListenerShader listener = MakeDelegate(this, &MgrLightShaders::_OnDeleteShaderArray);
+		entry.second.pShaderArray->RemoveListenerDelete(listener);
 		_pMgrEffects->DestroyShader(entry.second.pShaderArray);
 		entry.second.pShaderArray = nullptr;
 	}

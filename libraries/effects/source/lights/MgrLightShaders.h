@@ -53,6 +53,8 @@ private:
 	bool _Resize(IShader* pShaderArray, int nLength);
 	bool _Renumber(Record& record);
 	bool _ShutdownRecords();
+	// An array shader deleted under its record (its library went first) is forgotten, not destroyed again.
+	bool _OnDeleteShaderArray(IShader* pShader);
 
 	IMgrEffects* _pMgrEffects = nullptr;
 	IMgrConsole* _pConsole = nullptr;
