@@ -1,7 +1,8 @@
 #include "lights/Shader_LightShaderReceiver.h"
 
 #include "core/Assert.h"
-#include "lights/Parameter_WrapperVectorInterface.h"
+#include "lights/Parameter_WrapperVectorInterfaceMulti.h"
+#include "lights/Parameter_WrapperVectorInterfaceSingle.h"
 
 namespace Tarsel::Effects
 {

@@ -1,48 +1,10 @@
-#include "lights/Parameter_WrapperVectorInterface.h"
+#include "lights/Parameter_WrapperVectorInterfaceSingle.h"
 
 #include "core/Assert.h"
-#include "lights/Parameter_WrapperVectorInterfaceMultiToSingle.h"
 #include "lights/Shader_LightShader.h"
 
 namespace Tarsel::Effects
 {
-
-Parameter_WrapperVectorInterfaceBase::Parameter_WrapperVectorInterfaceBase(IParameter* pParameter,
-                                                                           IParameter* pIndexer)
-    : IParameterWrapper(pParameter), _pIndexer(pIndexer),
-      _vConnections(size_t(pIndexer ? pIndexer->GetLength() : 0), nullptr)
-{
-}
-
-void Parameter_WrapperVectorInterfaceBase::Detach()
-{
-	IParameterWrapper::Detach();
-	_pIndexer = nullptr;
-}
-
-bool Parameter_WrapperVectorInterfaceBase::SetLength(int nLength)
-{
-	if (!_pIndexer || !_pIndexer->SetLength(nLength))
-		return false;
-	_vConnections.resize(size_t(nLength), nullptr);
-	return true;
-}
-
-bool Parameter_WrapperVectorInterfaceBase::Get(IShader*& pShader, int index)
-{
-	if (!_InRange(index))
-		return false;
-	pShader = _vConnections[size_t(index)];
-	return true;
-}
-
-bool Parameter_WrapperVectorInterfaceBase::_AnyOtherConnection(int index) const
-{
-	for (size_t i = 0; i < _vConnections.size(); ++i)
-		if (int(i) != index && _vConnections[i])
-			return true;
-	return false;
-}
 
 Parameter_WrapperVectorInterfaceSingle::Parameter_WrapperVectorInterfaceSingle(IParameter* pParameter,
                                                                                IParameter* pIndexer)
@@ -92,20 +54,6 @@ bool Parameter_WrapperVectorInterfaceSingle::Set(IShader* pShader, int index)
 		return false;
 	}
 	if (!_pParameter->Set(pTarget) || !_pIndexer->Set(pLight ? pLight->GetIndex() : 0, index))
-		return false;
-	_vConnections[size_t(index)] = pShader;
-	return true;
-}
-
-bool Parameter_WrapperVectorInterfaceMulti::Set(IShader* pShader, int index)
-{
-	if (!_pParameter || !_pIndexer || !_InRange(index))
-		return false;
-	Vector2i value(-1, -1);
-	// A cleared connection leaves the slot to the other lights of its class.
-	if (pShader && !ConnectToInterfaceArray(_pParameter, pShader, value))
-		return false;
-	if (!_pIndexer->Set(value, index))
 		return false;
 	_vConnections[size_t(index)] = pShader;
 	return true;

@@ -33,34 +33,4 @@ protected:
 	std::vector<IShader*> _vConnections;
 };
 
-// A single input of a manager shader that collects lights of one class through an int indexer.
-class Parameter_WrapperVectorInterfaceSingle : public Parameter_WrapperVectorInterfaceBase
-{
-public:
-	Parameter_WrapperVectorInterfaceSingle(IParameter* pParameter, IParameter* pIndexer);
-
-	using Parameter_WrapperVectorInterfaceBase::Get;
-	using Parameter_WrapperVectorInterfaceBase::Set;
-
-	bool Get(IShader*& pShader) override;
-	bool Set(IShader* pShader) override;
-	bool Set(IShader* pShader, int index) override;
-
-private:
-	IShader* _pShaderConnected;
-};
-
-// An interface-array input of a manager shader that collects lights of any classes through an ivec2
-// indexer: one slot per array shader, (slot, element) per light.
-class Parameter_WrapperVectorInterfaceMulti : public Parameter_WrapperVectorInterfaceBase
-{
-public:
-	using Parameter_WrapperVectorInterfaceBase::Parameter_WrapperVectorInterfaceBase;
-
-	using Parameter_WrapperVectorInterfaceBase::Get;
-	using Parameter_WrapperVectorInterfaceBase::Set;
-
-	bool Set(IShader* pShader, int index) override;
-};
-
 } // namespace Tarsel::Effects
