@@ -236,6 +236,36 @@ class Lamp : Glow
 }
 )";
 
+const char* const kProjector = R"(
+interface Slide
+{
+	float Get(int i);
+}
+class Projector : Slide
+{
+	input float gain[] = 1.0;
+	input sampler2D maps[];
+	float Get(int i)
+	{
+		return gain[i];
+	}
+}
+)";
+
+TEST_F(LightsTest, RenumberingRefusesValuesItCannotMove)
+{
+	ASSERT_TRUE(InitLights());
+	Load("Projector.tsl", kProjector);
+	lights.AddShaderArray("Projector");
+	Shader_LightShader* first = Light("Projector");
+	Shader_LightShader* second = Light("Projector");
+	ASSERT_TRUE(second->SetParameter(nullptr, "gain", 3.0f));
+	ASSERT_TRUE(lights.DestroyShader(first));
+	EXPECT_FALSE(lights.UpdateArrays(false));
+	EXPECT_TRUE(Asserted("false", "don't know what to do"));
+	EXPECT_FLOAT_EQ(Element<float>("Projector", "gain", 0), 3.0f);
+}
+
 TEST_F(LightsTest, ALightWhoseInputHasNoNullShaderIsRefused)
 {
 	ASSERT_TRUE(InitLights());
