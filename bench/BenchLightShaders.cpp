@@ -3,6 +3,7 @@
 #include "effects/IParameter.h"
 #include "effects/IShader.h"
 #include "effects/MgrEffects.h"
+#include "graph/IGraph.h"
 #include "lights/MgrLightShaders.h"
 #include "quillon/Reference.h"
 
@@ -44,6 +45,26 @@ public:
 			std::abort();
 	}
 	MgrLightShaders& Lights() { return _lights; }
+	MgrEffects& Mgr() { return _mgr; }
+
+	// Compiles the surface's graph, links it beside an empty entry point and applies every value once, as
+	// an effect's Update and Apply would.
+	bool CompileAndApply(IShader* surface)
+	{
+		IGraph* graph = surface->GetGraphSurface();
+		if (!graph || !graph->Compile(nullptr))
+			return false;
+		IQLProgram* program = _context.CreateProgram();
+		IQLShader* root = _context.CreateShader(IQLShader::kType_Ray);
+		std::vector<std::string> errors;
+		const bool bLinked = root->SetString("void main()\n{\n}\n", errors) && program->AttachShader(root) &&
+		                     program->AttachShader(graph->GetQLShader()) && program->Link(errors);
+		ReferencePrimitive primitive;
+		const bool bApplied = bLinked && graph->Apply(&primitive, program, nullptr);
+		_context.DestroyProgram(program);
+		_context.DestroyShader(root);
+		return bApplied;
+	}
 
 private:
 	ReferenceContext _context;
@@ -53,7 +74,7 @@ private:
 };
 
 // Creates the lights one by one and sets one value on each; with a receiver, every light is also
-// connected to the manager class.
+// connected to the manager class, which lights a surface that is then compiled and applied once.
 void CreateAndSet(benchmark::State& state, bool bConnect)
 {
 	Host host;
@@ -77,7 +98,12 @@ void CreateAndSet(benchmark::State& state, bool bConnect)
 				break;
 			}
 		}
+		IShader* surface = receiver ? host.Mgr().CreateShader("MatteLightSet", nullptr) : nullptr;
+		if (surface &&
+		    (!surface->SetParameter(nullptr, "lightSet", receiver) || !host.CompileAndApply(surface)))
+			state.SkipWithError("the lit surface did not compile or apply");
 		state.PauseTiming();
+		host.Mgr().DestroyShader(surface);
 		host.Lights().Shutdown();
 		state.ResumeTiming();
 	}

@@ -57,13 +57,6 @@ protected:
 		IParameter* parameter = shader ? shader->GetParameter(name) : nullptr;
 		return parameter ? parameter->GetLength() : -1;
 	}
-	std::vector<std::string> AssertTexts() const
-	{
-		std::vector<std::string> texts;
-		for (const auto& report : asserts.GetReports())
-			texts.push_back(report.sExpression + ": " + (report.sMessage.empty() ? "" : report.sMessage));
-		return texts;
-	}
 	bool Asserted(const std::string& expression, const std::string& message) const
 	{
 		for (const auto& report : asserts.GetReports())
