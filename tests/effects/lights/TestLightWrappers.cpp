@@ -157,6 +157,14 @@ TEST_F(LightWrapperTest, AReceiverCollectsLightsOfAnyClassOneSlotPerClass)
 	EXPECT_FALSE(input->Get(connected, 4));
 	EXPECT_TRUE(receiver->IsComplete());
 
+	// The array form takes the count as the new length.
+	IShader* both[] = {d0, p0};
+	ASSERT_TRUE(receiver->SetParameter(nullptr, "lights", both, 2));
+	EXPECT_EQ(input->GetLength(), 2);
+	Vector2i second;
+	ASSERT_TRUE(indexer->Get(second, 1));
+	EXPECT_EQ(second, Vector2i(0, 0));
+
 	// A cleared connection leaves the class's slot to its other lights.
 	ASSERT_TRUE(input->Set(static_cast<IShader*>(nullptr), 0));
 	Vector2i cleared;

@@ -32,6 +32,16 @@ bool Parameter_WrapperVectorInterfaceBase::Get(IShader*& pShader, int index)
 	return true;
 }
 
+bool Parameter_WrapperVectorInterfaceBase::Set(IShader** ppShaders, int nCount)
+{
+	if (!ppShaders || nCount < 0 || (nCount != GetLength() && !SetLength(nCount)))
+		return false;
+	for (int i = 0; i < nCount; ++i)
+		if (!Set(ppShaders[i], i))
+			return false;
+	return true;
+}
+
 bool Parameter_WrapperVectorInterfaceBase::_AnyOtherConnection(int index) const
 {
 	for (size_t i = 0; i < _vConnections.size(); ++i)

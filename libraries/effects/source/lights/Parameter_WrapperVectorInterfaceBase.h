@@ -24,6 +24,8 @@ public:
 	// The indexer first; the connections follow only when it took the length.
 	bool SetLength(int nLength) override;
 	bool Get(IShader*& pShader, int index) override;
+	// Takes the count as length, then connects every element in order; stops at the first refusal.
+	bool Set(IShader** ppShaders, int nCount) override;
 
 protected:
 	bool _InRange(int index) const { return index >= 0 && index < int(_vConnections.size()); }
