@@ -99,6 +99,12 @@ TEST_F(LightWrapperTest, LightsOfOneClassShareASlotOfAnInputAndAnotherClassAddsO
 	EXPECT_EQ(Element<Vector2i>("LightPointArray", "focusRef", 0), Vector2i(1, 0));
 	EXPECT_EQ(Element<Vector2i>("LightPointArray", "focusRef", 1), Vector2i(0, 0));
 
+	// A light made after another was destroyed (often at the same address) is connected with its own element.
+	ASSERT_TRUE(lights.DestroyShader(sharp1));
+	Shader_LightShader* sharp2 = Light("ShadowSharpArray");
+	ASSERT_TRUE(b->SetParameter(&result, "shadow", sharp2));
+	EXPECT_EQ(Element<Vector2i>("LightPointArray", "shadowRef", 1), Vector2i(1, 2));
+
 	// A shader of the wrong interface is refused by the input and nothing is written.
 	EXPECT_FALSE(a->SetParameter(&result, "decay", Light("EmissionSurfaceDiffuseArray")));
 	EXPECT_EQ(Element<Vector2i>("LightPointArray", "decayRef", 0), Vector2i(0, 0));

@@ -97,7 +97,9 @@ bool Parameter_WrapperVectorInterfaceMultiToSingle::Set(IShader* pShader)
 {
 	if (!_pOwner || !_pParameter || !_pIndexer || _iIndex < 0)
 		return false;
-	if (pShader == _pShaderConnected)
+	// A light wrapper is connected again even when it looks the same: a destroyed light's address may
+	// come back as another light's, with another element.
+	if (pShader == _pShaderConnected && !_pLightConnected)
 		return true;
 	if (!pShader)
 	{
