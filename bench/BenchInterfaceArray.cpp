@@ -112,6 +112,8 @@ size_t Print(MgrEffects& mgr, IShader* scene)
 
 // Per round: connect N shaders of 8 classes to a fresh scene, build its code (N-way dispatch functions,
 // an N-fold unrolled loop) and print it. Making the shaders and destroying them afterwards is not timed.
+// The byte counters are heap growth; syntax nodes that the node pool hands out again are not seen, so a
+// build with TARSEL_SYNTAX_NO_POOL gives the full account.
 void ConnectBuildPrint(benchmark::State& state)
 {
 	Host host;

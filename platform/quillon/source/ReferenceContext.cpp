@@ -199,4 +199,9 @@ bool ReferenceContext::ConsumeFailLink()
 	return ConsumeFailure(_nFailLink);
 }
 
+bool ReferenceContext::ConsumeFailAttach()
+{
+	return _nFailAttach > 0 && --_nFailAttach == 0;
+}
+
 } // namespace Tarsel

@@ -112,14 +112,8 @@ TEST_F(DescriptorTest, InterfaceInputsDescribeTheirTargetAndLength)
 	IShader* shader = Create("Stone");
 	ASSERT_TRUE(shader);
 	EXPECT_FALSE(shader->IsComplete());
-	IParameter* instanceLights = shader->GetParameter("lights");
-	IParameter* instanceThree = shader->GetParameter("three");
-	ASSERT_TRUE(instanceLights && instanceThree && shader->GetParameter("lamp"));
-	EXPECT_EQ(instanceLights->GetClass(), IParameter::kParameterClass_Interface);
-	EXPECT_TRUE(instanceLights->IsResizable());
-	EXPECT_EQ(instanceLights->GetLength(), 1);
-	EXPECT_FALSE(instanceThree->IsResizable());
-	EXPECT_EQ(instanceThree->GetLength(), 3);
+	EXPECT_TRUE(shader->GetParameter("lights")->IsResizable());
+	EXPECT_EQ(shader->GetParameter("three")->GetLength(), 3);
 	EXPECT_FALSE(shader->GetParameter("lamp")->IsArray());
 }
 
