@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -8,6 +9,9 @@
 #include "lights/MgrLightShaders.h"
 #include "lights/Shader_LightShader.h"
 #include "lights/Shader_LightShaderReceiver.h"
+#include "objects/ParameterValue.h"
+#include "values/IStorage.h"
+#include "values/IValue.h"
 
 namespace Tarsel::Effects::Testing
 {
@@ -56,6 +60,23 @@ protected:
 		IShader* shader = ArrayShader(sClass);
 		IParameter* parameter = shader ? shader->GetParameter(name) : nullptr;
 		return parameter ? parameter->GetLength() : -1;
+	}
+	// The floats of an array parameter of a class's shared shader as its device buffer holds them.
+	std::vector<float> Block(const std::string& sClass, const std::string& name)
+	{
+		IParameter* parameter = ArrayShader(sClass)->GetParameter(name);
+		auto* value =
+		    dynamic_cast<IValueBuffer*>(dynamic_cast<ParameterValue*>(parameter)->GetStorage()->GetValue());
+		std::vector<float> floats(size_t(parameter->GetLength()));
+		std::memcpy(floats.data(), static_cast<const ReferenceBuffer*>(value->GetBuffer())->GetBytes(),
+		            floats.size() * sizeof(float));
+		return floats;
+	}
+
+	// The uniform block that holds an array parameter of a class's shared shader.
+	const std::string& BlockName(const std::string& sClass, const std::string& name)
+	{
+		return dynamic_cast<ParameterValue*>(ArrayShader(sClass)->GetParameter(name))->GetNameMangled();
 	}
 	bool Asserted(const std::string& expression, const std::string& message) const
 	{

@@ -1,5 +1,3 @@
-#include <cstring>
-
 #include "LightsTestSupport.h"
 #include "objects/ParameterValue.h"
 #include "quillon/Interpreter.h"
@@ -91,18 +89,6 @@ protected:
 		    << results.error;
 		return results.accumulated.count(0) ? results.accumulated[0].x : -1.0f;
 	}
-	// The floats of an array parameter of a class's shared shader as its device buffer holds them.
-	std::vector<float> Block(const std::string& sClass, const std::string& name)
-	{
-		IParameter* parameter = ArrayShader(sClass)->GetParameter(name);
-		auto* value =
-		    dynamic_cast<IValueBuffer*>(dynamic_cast<ParameterValue*>(parameter)->GetStorage()->GetValue());
-		std::vector<float> floats(size_t(parameter->GetLength()));
-		std::memcpy(floats.data(), static_cast<const ReferenceBuffer*>(value->GetBuffer())->GetBytes(),
-		            floats.size() * sizeof(float));
-		return floats;
-	}
-
 	IShader* matte = nullptr;
 	IShader* receiver = nullptr;
 	std::vector<IShader*> connected;
