@@ -1,9 +1,9 @@
 #include "core/Console.h"
 #include "core/Result.h"
+#include "effects/IEffect.h"
 #include "effects/IParameter.h"
 #include "effects/IShader.h"
 #include "effects/MgrEffects.h"
-#include "graph/IGraph.h"
 #include "lights/MgrLightShaders.h"
 #include "quillon/Reference.h"
 
@@ -26,6 +26,7 @@ public:
 	{
 		setenv("TARSEL_SHADER_PATH", TARSEL_SHADERS_DIR, 1);
 		_mgr.Init(&_console, &_context, nullptr);
+		_mgr.SetOutputAttachmentIndex("o_color", 0);
 		for (const char* file : {"Interfaces.tsl", "LightArrays.tsl"})
 		{
 			Result result;
@@ -47,23 +48,15 @@ public:
 	MgrLightShaders& Lights() { return _lights; }
 	MgrEffects& Mgr() { return _mgr; }
 
-	// Compiles the surface's graph, links it beside an empty entry point and applies every value once, as
-	// an effect's Update and Apply would.
-	bool CompileAndApply(IShader* surface)
+	// One Update and one Apply of a surface effect rooted in the surface, on one primitive.
+	bool UpdateAndApply(IShader* surface)
 	{
-		IGraph* graph = surface->GetGraphSurface();
-		if (!graph || !graph->Compile(nullptr))
-			return false;
-		IQLProgram* program = _context.CreateProgram();
-		IQLShader* root = _context.CreateShader(IQLShader::kType_Ray);
-		std::vector<std::string> errors;
-		const bool bLinked = root->SetString("void main()\n{\n}\n", errors) && program->AttachShader(root) &&
-		                     program->AttachShader(graph->GetQLShader()) && program->Link(errors);
+		IEffect* effect = _mgr.CreateEffectSurface();
 		ReferencePrimitive primitive;
-		const bool bApplied = bLinked && graph->Apply(&primitive, program, nullptr);
-		_context.DestroyProgram(program);
-		_context.DestroyShader(root);
-		return bApplied;
+		const bool bDone = effect && effect->SetRoot(surface) && effect->CreateReference(&primitive) &&
+		                   _mgr.Update(nullptr) && effect->Apply(&primitive, nullptr);
+		_mgr.DestroyEffectSurface(effect);
+		return bDone;
 	}
 
 private:
@@ -74,7 +67,7 @@ private:
 };
 
 // Creates the lights one by one and sets one value on each; with a receiver, every light is also
-// connected to the manager class, which lights a surface that is then compiled and applied once.
+// connected to the manager class, which lights a surface whose effect is updated and applied once.
 void CreateAndSet(benchmark::State& state, bool bConnect)
 {
 	Host host;
@@ -100,8 +93,8 @@ void CreateAndSet(benchmark::State& state, bool bConnect)
 		}
 		IShader* surface = receiver ? host.Mgr().CreateShader("MatteLightSet", nullptr) : nullptr;
 		if (surface &&
-		    (!surface->SetParameter(nullptr, "lightSet", receiver) || !host.CompileAndApply(surface)))
-			state.SkipWithError("the lit surface did not compile or apply");
+		    (!surface->SetParameter(nullptr, "lightSet", receiver) || !host.UpdateAndApply(surface)))
+			state.SkipWithError("the lit surface did not update or apply");
 		state.PauseTiming();
 		host.Mgr().DestroyShader(surface);
 		host.Lights().Shutdown();
