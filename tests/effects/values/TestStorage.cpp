@@ -309,6 +309,12 @@ TEST_F(StorageFixture, BufferGrowKeepsValues)
 	ASSERT_TRUE(pStorage->SetLength(1));
 	ASSERT_TRUE(pStorage->Get(read, 0));
 	EXPECT_EQ(Vector2i(1, 2), read);
+	// Regrown within the capacity, the elements beyond the length come back as defaults, not as old values.
+	ASSERT_TRUE(pStorage->SetLength(3));
+	ASSERT_TRUE(pStorage->Get(read, 1));
+	EXPECT_EQ(Vector2i(), read);
+	ASSERT_TRUE(pStorage->Get(read, 0));
+	EXPECT_EQ(Vector2i(1, 2), read);
 
 	auto pFixed = Buffer(kType_Int, 2, false);
 	EXPECT_FALSE(pFixed->SetLength(3));

@@ -157,9 +157,18 @@ TEST_F(ValueFixture, BufferSizesAndMappings)
 	EXPECT_TRUE(console.HasMessage("ValueBuffer<T>::SetArray Length Overflow\n"));
 	EXPECT_TRUE(console.HasMessage("ValueBuffer<Vector3f>::Set Index (4) Out of Bounds\n"));
 
+	// Growing past the capacity at least doubles it; within it nothing is re-specified and nothing lost.
 	ASSERT_TRUE(buffer.SetLength(6));
 	EXPECT_EQ(1, pRef->GetCountRespecifies());
-	EXPECT_EQ(72u, pRef->GetSize());
+	EXPECT_EQ(96u, pRef->GetSize());
+	ASSERT_TRUE(buffer.Set(aTwo[0], 5));
+	ASSERT_TRUE(buffer.SetLength(2));
+	ASSERT_TRUE(buffer.SetLength(8));
+	EXPECT_EQ(1, pRef->GetCountRespecifies());
+	EXPECT_EQ(Vector3f(4, 4, 4), buffer.Get(5));
+	ASSERT_TRUE(buffer.SetLength(20));
+	EXPECT_EQ(2, pRef->GetCountRespecifies());
+	EXPECT_EQ(20 * 12u, pRef->GetSize());
 
 	ValueBuffer<int> fixed(&context, 1, false, 0);
 	EXPECT_FALSE(fixed.SetLength(2));

@@ -4,6 +4,7 @@
 
 #include "core/Result.h"
 #include "effects/IParameter.h"
+#include "effects/IShaderWrapper.h"
 #include "graph/Graph.h"
 #include "graph/ReferenceShader.h"
 #include "objects/Diagnostics.h"
@@ -14,6 +15,7 @@
 #include "objects/ModuleTransformer.h"
 #include "objects/NamedObjects.h"
 #include "objects/ParameterCoord.h"
+#include "objects/ParameterSet.h"
 #include "objects/PrototypeShader.h"
 #include "quillon/IQLPrimitive.h"
 #include "quillon/IQuillonContext.h"
@@ -26,11 +28,6 @@ namespace
 {
 const IQLShader::Type kGraphTypes[] = {IQLShader::kType_Ray, IQLShader::kType_Frame,
                                        IQLShader::kType_PrefixRay};
-
-QLprimitive HandleOf(const IQLPrimitive* primitive)
-{
-	return primitive ? primitive->GetHandle() : QLprimitive(0);
-}
 } // namespace
 
 Shader::Shader() : _pPrototype(nullptr), _pModule(nullptr), _pMangleMethod(nullptr) {}
@@ -472,36 +469,18 @@ bool Shader::SetCoord(Result* result, const std::string& name, const std::string
 	return coord && coord->Set(value);
 }
 
-void Shader::_ReportParameterError(const char* message, const std::string& name) const
-{
-	IMgrEffects* mgrEffects = _pPrototype ? _pPrototype->GetMgrEffects() : nullptr;
-	IQuillonContext* context = mgrEffects ? mgrEffects->GetQuillonContext() : nullptr;
-	if (context)
-		context->Message("Parameter error \"%s\" parameter:\"%s\" class:\"%s\"\n", message, name.c_str(),
-		                 GetClassName().c_str());
-}
-
 template <class... Args>
 bool Shader::_SetValue(Result* result, const std::string& name, bool indexed, Args... args)
 {
-	ScopedResult scope(GetMgrEffects(), result);
-	IParameter* parameter = GetParameter(name);
-	if (parameter == nullptr)
-	{
-		_ReportParameterError(indexed ? "Can't find indexed parameter" : "Can't find parameter", name);
-		return false;
-	}
-	if (!parameter->Set(args...))
-	{
-		_ReportParameterError(indexed ? "Can't set indexed parameter" : "Can't set parameter", name);
-		return false;
-	}
-	return true;
+	return SetParameterByName(GetMgrEffects(), GetParameter(name), result, name, GetClassName(), indexed,
+	                          args...);
 }
 
-// Only instances of shader classes can be connected.
+// Only instances of shader classes can be connected; a wrapper stands for the shader it wraps.
 bool Shader::_SetShader(Result* result, const std::string& name, IShader* shader, const int* index)
 {
+	if (IShaderWrapper* wrapper = index ? nullptr : dynamic_cast<IShaderWrapper*>(shader))
+		shader = wrapper->GetShaderWrapped();
 	if (shader && shader->GetShaderType() != kShaderType_Shader)
 	{
 		if (result)

@@ -158,7 +158,6 @@ private:
 	bool _SetValue(Result* result, const std::string& name, bool indexed, Args... args);
 	bool _SetShaders(Result* result, const std::string& name, IShader** shaders, int count);
 	bool _SetShader(Result* result, const std::string& name, IShader* shader, const int* index);
-	void _ReportParameterError(const char* message, const std::string& name) const;
 
 	PrototypeShader* _pPrototype;
 	Module* _pModule;

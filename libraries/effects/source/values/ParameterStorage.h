@@ -144,13 +144,16 @@ public:
 	bool Apply(IQLPrimitive*, IQLProgram*, const std::string&, int) override { return false; }
 
 protected:
-	// A re-specified buffer holds garbage: the kept values and the defaults of new ones are written again.
+	// Within the buffer's capacity only new elements need their defaults. A re-specified buffer holds
+	// garbage: the kept values and the defaults of new ones are written again.
 	bool _Resize(int nValues) override
 	{
 		ValueBuffer<T>* pValue = this->_pValue;
 		if (nValues < 0 || !pValue->IsResizable())
 			return pValue->SetLength(nValues);
 		const int nKept = std::min(nValues, pValue->GetLength());
+		if (pValue->GetBuffer() && nValues <= pValue->GetCapacity())
+			return pValue->SetLength(nValues) && (nValues == nKept || _WriteDefaults(nKept, nValues));
 		std::unique_ptr<T[]> aValues(new T[size_t(nValues)]);
 		if (!pValue->GetArray(aValues.get(), nKept))
 		{
@@ -163,6 +166,14 @@ protected:
 		if (!pValue->SetLength(nValues))
 			return false;
 		return nValues == 0 || pValue->SetArray(aValues.get(), nValues);
+	}
+
+	bool _WriteDefaults(int iBegin, int iEnd)
+	{
+		const int nCount = iEnd - iBegin;
+		std::unique_ptr<T[]> aDefaults(new T[size_t(nCount)]);
+		std::fill(aDefaults.get(), aDefaults.get() + nCount, Traits::Default());
+		return this->_pValue->SetArray(aDefaults.get(), nCount, iBegin);
 	}
 
 	P* _pOwner = nullptr;

@@ -23,7 +23,8 @@ public:
 	static constexpr size_t kElementBytes = sizeof(Stored);
 
 	ValueBuffer(IQuillonContext* pContext, int nValues, bool bResizable, const T& tDefault)
-	    : _pContext(pContext), _pBuffer(nullptr), _bResizable(bResizable), _nValues(0), _tDefault(tDefault)
+	    : _pContext(pContext), _pBuffer(nullptr), _bResizable(bResizable), _nValues(0), _nCapacity(0),
+	      _tDefault(tDefault)
 	{
 		TARSEL_ASSERT(nValues >= 0);
 		nValues = std::max(nValues, 0);
@@ -50,8 +51,12 @@ public:
 	int GetLength() const override { return _nValues; }
 	bool IsResizable() const override { return _bResizable; }
 	IQLBuffer* GetBuffer() const override { return _pBuffer; }
+	// The elements the device buffer has room for.
+	int GetCapacity() const { return _nCapacity; }
 
-	// Contents are undefined afterwards: the caller writes every value again.
+	// Within the capacity the buffer and its contents stay. Beyond it the buffer is re-specified at least
+	// twice as large, so that growing one element at a time costs linear time, and the contents are
+	// undefined: the caller writes every value again.
 	bool SetLength(int nValues) override
 	{
 		if (!_bResizable)
@@ -131,7 +136,13 @@ public:
 protected:
 	bool _SetLength(int nValues)
 	{
-		const size_t nBytes = size_t(std::max(nValues, 1)) * kElementBytes;
+		if (_pBuffer && nValues <= _nCapacity)
+		{
+			_nValues = nValues;
+			return true;
+		}
+		const int nCapacity = _pBuffer ? std::max(nValues, 2 * _nCapacity) : std::max(nValues, 1);
+		const size_t nBytes = size_t(nCapacity) * kElementBytes;
 		if (!_pBuffer)
 		{
 			_pBuffer = _pContext ? _pContext->CreateBuffer() : nullptr;
@@ -145,6 +156,7 @@ protected:
 		}
 		else if (!_pBuffer->Respecify(nullptr, nBytes, true))
 			return _InitFailed();
+		_nCapacity = nCapacity;
 		_nValues = nValues;
 		return true;
 	}
@@ -181,6 +193,7 @@ private:
 	IQLBuffer* _pBuffer;
 	bool _bResizable;
 	int32_t _nValues;
+	int32_t _nCapacity;
 	T _tDefault;
 };
 
