@@ -85,6 +85,11 @@ TEST_F(InterpreterRun, Semantics)
 	     "void f(in float a, out float b, inout vec2 c) { b = a * 2.0; c.x += a; a = 0.0; }",
 	     "float a = 3.0; float b = 7.0; vec2 c = vec2(1.0, 1.0); f(a, b, c); accumulate(0, vec4(a, b, c));",
 	     Vector4f(3, 6, 4, 1)},
+	    {"operands run left to right: an out argument set on the left is read on the right",
+	     "float set(out float x) { x = 2.0; return 3.0; }",
+	     "float x = 0.0; float r = set(x) * x; float y = 0.0; float l = y * set(y); accumulate(0, vec4(r, l, "
+	     "0.0, 0.0));",
+	     Vector4f(6, 0, 0, 0)},
 	    {"out argument through a swizzle and an array element", "void g(out vec2 r) { r = vec2(1.0, 2.0); }",
 	     "vec4 v = vec4(0.0); g(v.wy); vec2 arr[2]; g(arr[1]); accumulate(0, vec4(v.yw, arr[1]));",
 	     Vector4f(2, 1, 1, 2)},

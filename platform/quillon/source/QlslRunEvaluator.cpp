@@ -537,7 +537,10 @@ void Evaluator::_Binary(const Expr* e, Slot* out)
 		out->i = _EqualSlots(left->type, a.Data(), b.Data()) == (e->op == kOp_Equal);
 		return;
 	}
-	Value value = Binary(ToOp(e->op), _Value(left), _Value(right));
+	// Left before right, as GLSL evaluates: a call on the left may write an out argument read on the right.
+	const Value a = _Value(left);
+	const Value b = _Value(right);
+	Value value = Binary(ToOp(e->op), a, b);
 	std::memcpy(out, value.s, sizeof(Slot) * size_t(value.Count()));
 }
 
