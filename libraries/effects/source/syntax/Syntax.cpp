@@ -3,6 +3,8 @@
 
 #include "core/Assert.h"
 
+#include <atomic>
+#include <cstdint>
 #include <cstring>
 #include <new>
 
@@ -12,10 +14,13 @@ namespace Tarsel::Effects
 using namespace Detail;
 
 // ---------------------------------------------------------------------------------------------------------
-// Allocation. Nodes and strings are small and made by the hundred thousand while parsing, so they come from
-// per-thread free lists of 16-byte size classes carved out of 64 KB chunks. Chunks are never returned (a
-// block freed on another thread simply joins that thread's list). Sanitizer builds use the global heap so
-// that double deletes and leaks of nodes stay visible.
+// Allocation. Nodes and strings are small and made by the hundred thousand, so they come from per-thread
+// pages of 64 KB, each holding blocks of one 16-byte size class. A page hands out its blocks before the
+// next page is touched, and a page whose blocks have all come back starts again from its beginning, so a
+// tree built after others were deleted lies in a few pages instead of being scattered over every page the
+// thread ever used. Pages are never returned; a block freed on a thread other than its page's owner joins
+// a list of that thread's own. Sanitizer builds use the global heap so that double deletes and leaks of
+// nodes stay visible.
 // ---------------------------------------------------------------------------------------------------------
 
 namespace
@@ -29,58 +34,153 @@ constexpr bool kUsePool = true;
 
 constexpr size_t kGranule = 16;
 constexpr size_t kSizeClasses = 16; // blocks up to 256 bytes
-constexpr size_t kChunkBytes = 64 * 1024;
+constexpr size_t kPageBytes = 64 * 1024;
+constexpr size_t kPagesPerSlab = 16; // pages are taken from the heap this many at a time
 
 struct FreeBlock
 {
 	FreeBlock* pNext;
 };
 
+// Header at the start of every page; the page of a block is found by masking its address.
+struct Page
+{
+	FreeBlock* pFree;   // blocks given back on the owning thread
+	char* pBump;        // first block never handed out
+	Page* pNextPartial; // next page of the same class with room, while bListed
+	uint32_t iOwner;
+	uint32_t nUsed;
+	uint32_t nBlock;
+	bool bListed;
+};
+
+constexpr size_t kFirstBlock = (sizeof(Page) + kGranule - 1) / kGranule * kGranule;
+
 struct Pool
 {
-	FreeBlock* aFree[kSizeClasses];
-	char* pBump;
-	size_t nLeft;
+	uint32_t iId;                       // 0 until the thread first allocates
+	Page* apPartial[kSizeClasses];      // pages with room; allocation takes from the first
+	FreeBlock* apForeign[kSizeClasses]; // blocks of other threads' pages freed here
+	char* pSlab;                        // pages not yet given a class
+	size_t nSlabPages;
 };
 
 thread_local Pool t_pool; // plain data: usable during static destruction
+std::atomic<uint32_t> s_iLastPoolId{0};
+
+bool IsPooled(size_t nBytes)
+{
+	return kUsePool && nBytes != 0 && nBytes <= kGranule * kSizeClasses;
+}
+
+Page* PageOf(void* p)
+{
+	return reinterpret_cast<Page*>(reinterpret_cast<uintptr_t>(p) & ~(uintptr_t(kPageBytes) - 1));
+}
+
+char* PageEnd(Page* pPage)
+{
+	return reinterpret_cast<char*>(pPage) + kPageBytes;
+}
+
+Page* NewPage(Pool& pool, size_t iClass)
+{
+	if (pool.nSlabPages == 0)
+	{
+		pool.pSlab =
+		    static_cast<char*>(::operator new(kPageBytes* kPagesPerSlab, std::align_val_t(kPageBytes)));
+		pool.nSlabPages = kPagesPerSlab;
+	}
+	Page* pPage = reinterpret_cast<Page*>(pool.pSlab);
+	pool.pSlab += kPageBytes;
+	--pool.nSlabPages;
+	*pPage = Page{nullptr,
+	              reinterpret_cast<char*>(pPage) + kFirstBlock,
+	              pool.apPartial[iClass],
+	              pool.iId,
+	              0,
+	              static_cast<uint32_t>((iClass + 1) * kGranule),
+	              true};
+	pool.apPartial[iClass] = pPage;
+	return pPage;
+}
+
+void* TakeBlock(Page* pPage)
+{
+	if (FreeBlock* pBlock = pPage->pFree)
+	{
+		pPage->pFree = pBlock->pNext;
+		++pPage->nUsed;
+		return pBlock;
+	}
+	if (PageEnd(pPage) - pPage->pBump < static_cast<ptrdiff_t>(pPage->nBlock))
+		return nullptr;
+	void* p = pPage->pBump;
+	pPage->pBump += pPage->nBlock;
+	++pPage->nUsed;
+	return p;
+}
 
 void* PoolAllocate(size_t nBytes)
 {
-	if (!kUsePool || nBytes == 0 || nBytes > kGranule * kSizeClasses)
+	if (!IsPooled(nBytes))
 		return ::operator new(nBytes);
 	const size_t iClass = (nBytes - 1) / kGranule;
 	Pool& pool = t_pool;
-	if (FreeBlock* pBlock = pool.aFree[iClass])
+	if (pool.iId == 0)
+		pool.iId = ++s_iLastPoolId;
+	while (Page* pPage = pool.apPartial[iClass])
 	{
-		pool.aFree[iClass] = pBlock->pNext;
+		if (void* p = TakeBlock(pPage))
+			return p;
+		pPage->bListed = false;
+		pool.apPartial[iClass] = pPage->pNextPartial;
+	}
+	if (FreeBlock* pBlock = pool.apForeign[iClass])
+	{
+		pool.apForeign[iClass] = pBlock->pNext;
 		return pBlock;
 	}
-	const size_t nBlock = (iClass + 1) * kGranule;
-	if (pool.nLeft < nBlock)
-	{
-		pool.pBump = static_cast<char*>(::operator new(kChunkBytes));
-		pool.nLeft = kChunkBytes;
-	}
-	void* p = pool.pBump;
-	pool.pBump += nBlock;
-	pool.nLeft -= nBlock;
-	return p;
+	return TakeBlock(NewPage(pool, iClass));
 }
 
 void PoolFree(void* p, size_t nBytes)
 {
 	if (!p)
 		return;
-	if (!kUsePool || nBytes == 0 || nBytes > kGranule * kSizeClasses)
+	if (!IsPooled(nBytes))
 	{
 		::operator delete(p);
 		return;
 	}
-	const size_t iClass = (nBytes - 1) / kGranule;
+	Pool& pool = t_pool;
+	Page* pPage = PageOf(p);
 	FreeBlock* pBlock = static_cast<FreeBlock*>(p);
-	pBlock->pNext = t_pool.aFree[iClass];
-	t_pool.aFree[iClass] = pBlock;
+	if (pPage->iOwner != pool.iId)
+	{
+		const size_t iClass = (nBytes - 1) / kGranule;
+		pBlock->pNext = pool.apForeign[iClass];
+		pool.apForeign[iClass] = pBlock;
+		return;
+	}
+	if (--pPage->nUsed == 0)
+	{
+		// Nothing lives here any more: hand the page out again from its start.
+		pPage->pFree = nullptr;
+		pPage->pBump = reinterpret_cast<char*>(pPage) + kFirstBlock;
+	}
+	else
+	{
+		pBlock->pNext = pPage->pFree;
+		pPage->pFree = pBlock;
+	}
+	if (!pPage->bListed)
+	{
+		const size_t iClass = pPage->nBlock / kGranule - 1;
+		pPage->bListed = true;
+		pPage->pNextPartial = pool.apPartial[iClass];
+		pool.apPartial[iClass] = pPage;
+	}
 }
 
 // Nodes waiting to be deleted by the outermost running Destroy, or null when none runs.
