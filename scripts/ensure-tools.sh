@@ -11,6 +11,8 @@ command -v lemon >/dev/null || missing+=(lemon)
 # The fuzz targets: clang with its libFuzzer runtime.
 command -v clang++ >/dev/null || missing+=(clang)
 compgen -G "/usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer-x86_64.a" >/dev/null || missing+=(libclang-rt-14-dev)
+# The scene reader of tarsel-fx compile.
+[ -f /usr/include/nlohmann/json.hpp ] || missing+=(nlohmann-json3-dev)
 # Not needed, but rebuilds on the same machine are much quicker with it.
 command -v ccache >/dev/null || missing+=(ccache)
 if [ ${#missing[@]} -gt 0 ]; then
