@@ -199,4 +199,9 @@ bool ReferenceContext::ConsumeFailLink()
 	return ConsumeFailure(_nFailLink);
 }
 
+bool ReferenceContext::ConsumeFailAttach()
+{
+	return ConsumeFailure(_nFailAttach);
+}
+
 } // namespace Tarsel

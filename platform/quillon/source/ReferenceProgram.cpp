@@ -53,7 +53,7 @@ void ReferenceProgram::SetName(const std::string& name)
 
 bool ReferenceProgram::AttachShader(IQLShader* shader)
 {
-	if (QLFaultInjection::Fail("AttachShader"))
+	if (QLFaultInjection::Fail("AttachShader") || _pContext->ConsumeFailAttach())
 		return false;
 	if (!dynamic_cast<ReferenceShader*>(shader) ||
 	    std::find(_vAttached.begin(), _vAttached.end(), shader) != _vAttached.end())

@@ -17,6 +17,7 @@ class ILocalParameter : public ITypedValues
 {
 public:
 	typedef FastDelegate1<ILocalParameter*, bool> ListenerDelete;
+	typedef FastDelegate1<ILocalParameter*, bool> ListenerChangeValue;
 
 	using ITypedValues::Get;
 	using ITypedValues::Set;
@@ -25,6 +26,9 @@ public:
 
 	virtual bool AddListenerDelete(const ListenerDelete& listener) = 0;
 	virtual bool RemoveListenerDelete(const ListenerDelete& listener) = 0;
+	// Told after every successful Set.
+	virtual bool AddListenerChangeValue(const ListenerChangeValue& listener) = 0;
+	virtual bool RemoveListenerChangeValue(const ListenerChangeValue& listener) = 0;
 	virtual bool Apply(IQLPrimitive* pPrimitive, IQLProgram* pProgram, int iLocation) = 0;
 };
 

@@ -85,6 +85,7 @@ bool LocalParameterValueSingle::Init(IQLPrimitive* pPrimitive, IReferenceParamet
 		Shutdown();
 		return false;
 	}
+	_pStorage->AddListenerChangeValue(MakeDelegate(this, &LocalParameterValueSingle::_OnChangeStorage));
 	_pReference = pReference;
 	_pPrimitive = pPrimitive;
 	return true;
@@ -94,6 +95,7 @@ bool LocalParameterValueSingle::Shutdown()
 {
 	_setListenersDelete.Notify(static_cast<ILocalParameter*>(this));
 	_setListenersDelete.clear();
+	_setListenersChangeValue.clear();
 	_pReference = nullptr;
 	_pPrimitive = nullptr;
 	delete _pStorage;
@@ -109,6 +111,21 @@ bool LocalParameterValueSingle::AddListenerDelete(const ListenerDelete& listener
 bool LocalParameterValueSingle::RemoveListenerDelete(const ListenerDelete& listener)
 {
 	return _setListenersDelete.Remove(listener);
+}
+
+bool LocalParameterValueSingle::AddListenerChangeValue(const ListenerChangeValue& listener)
+{
+	return _setListenersChangeValue.Add(listener);
+}
+
+bool LocalParameterValueSingle::RemoveListenerChangeValue(const ListenerChangeValue& listener)
+{
+	return _setListenersChangeValue.Remove(listener);
+}
+
+bool LocalParameterValueSingle::_OnChangeStorage(IStorage*)
+{
+	return _setListenersChangeValue.Notify(static_cast<ILocalParameter*>(this));
 }
 
 bool LocalParameterValueSingle::Apply(IQLPrimitive* pPrimitive, IQLProgram* pProgram, int iLocation)

@@ -26,6 +26,8 @@ public:
 
 	bool AddListenerDelete(const ListenerDelete& listener) override;
 	bool RemoveListenerDelete(const ListenerDelete& listener) override;
+	bool AddListenerChangeValue(const ListenerChangeValue& listener) override;
+	bool RemoveListenerChangeValue(const ListenerChangeValue& listener) override;
 	// Under the parameter's declared name, at the location of its mangled name.
 	bool Apply(IQLPrimitive* pPrimitive, IQLProgram* pProgram, int iLocation) override;
 
@@ -40,7 +42,10 @@ protected:
 	IStorage* _pStorage = nullptr;
 
 private:
+	bool _OnChangeStorage(IStorage* storage);
+
 	ListenerSet<ListenerDelete> _setListenersDelete;
+	ListenerSet<ListenerChangeValue> _setListenersChangeValue;
 };
 
 } // namespace Tarsel::Effects

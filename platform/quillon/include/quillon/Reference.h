@@ -185,6 +185,11 @@ public:
 	{
 		_nFailLink = count;
 	}
+	// The next count attaches of a shader to a program of this context fail.
+	void FailNextAttach(int count = 1)
+	{
+		_nFailAttach = count;
+	}
 
 	// Everything sent to Message, one entry per call, plus device diagnostics (misuse of objects).
 	const std::vector<std::string>& GetMessages() const
@@ -220,6 +225,7 @@ public:
 
 	// Used by the device objects.
 	bool ConsumeFailLink();
+	bool ConsumeFailAttach();
 	unsigned NextShaderId()
 	{
 		return ++_nShaderIds;
@@ -233,6 +239,7 @@ private:
 	int _nFailProgram = 0;
 	int _nFailBuffer = 0;
 	int _nFailLink = 0;
+	int _nFailAttach = 0;
 	unsigned _nShaderIds = 0;
 	std::vector<std::string> _vMessages;
 	std::vector<ReferenceShader*> _vShadersOrdered;
