@@ -80,15 +80,6 @@ private:
 	bool _bReady = false;
 };
 
-bool HasInterfaceInputs(const Effects::ClassDefinition& definition)
-{
-	for (const Effects::VariableDeclaration* variable : definition.GetMemberVariables())
-		if (variable->GetStorageQualifier() == Effects::kStorage_Input &&
-		    variable->GetType()->GetClass() == Effects::kClass_UserType)
-			return true;
-	return false;
-}
-
 // Makes and destroys one shader of a class. A class that waits for a value only the host can give (an
 // input without default) is incomplete by design: a note, not a failure.
 bool CheckClass(Host& host, Library& library, const Effects::ClassDefinition& definition)
@@ -112,13 +103,6 @@ bool CheckClass(Host& host, Library& library, const Effects::ClassDefinition& de
 		prototype->DestroyShader(shader);
 	if (bBuilt)
 		return true;
-	// Inputs that connect other shaders cannot be made yet; such a class is not held against the library.
-	if (HasInterfaceInputs(definition))
-	{
-		host.GetConsole()->Message("%s: note: class \"%s\" has interface inputs, which are not checked yet\n",
-		                           where.c_str(), name.c_str());
-		return true;
-	}
 	host.GetConsole()->Error("%s: class \"%s\" cannot be created\n", where.c_str(), name.c_str());
 	host.PrintResult(result);
 	return false;

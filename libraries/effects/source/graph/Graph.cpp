@@ -14,6 +14,7 @@
 #include "graph/ReferenceGraph.h"
 #include "graph/ReferencePrototypeShader.h"
 #include "manager/Profiler.h"
+#include "objects/Diagnostics.h"
 #include "objects/ParameterValueConsole.h"
 #include "quillon/IQLPrimitive.h"
 #include "quillon/IQuillonContext.h"
@@ -374,6 +375,10 @@ bool Graph::Compile(Result* result)
 	if (!IsComplete())
 		return false;
 	ProfileScope scope(_pMgrEffects->GetProfiler(), "Graph::_Compile");
+	// Code that shaders build while collecting (calls rewritten through their inputs) reports into this
+	// compile's result; without one, into whatever the calling operation installed.
+	MgrEffectsImpl* impl = _pMgrEffects->GetImplementation();
+	ScopedResult installed(_pMgrEffects, result ? result : impl ? impl->GetResult() : nullptr);
 	return _Compile(result);
 }
 

@@ -1,9 +1,8 @@
 #include "objects/PrototypeParameterInterface.h"
 
-#include "core/Result.h"
+#include "effects/IMgrEffects.h"
 #include "effects/IPrototypeInterface.h"
 #include "effects/IPrototypeShader.h"
-#include "objects/ParameterValueConsole.h"
 #include "objects/ReferencePrototypeDeclaration.h"
 
 namespace Tarsel::Effects
@@ -58,14 +57,6 @@ bool PrototypeParameterInterface::_Init(const VariableDeclaration* pDecl, IProto
 	_key = _pMgrEffects ? _pMgrEffects->CreateKey() : Key::Null();
 	_sNameMangled = sName + _key.ToString();
 	return true;
-}
-
-IParameter* PrototypeParameterInterface::_CreateUnsupported(Result* pResult) const
-{
-	ConsoleOf(_pMgrEffects)->Message("PrototypeParameterInterface::CreateParameter Not Supported\n");
-	if (pResult)
-		pResult->Add("Interface input \"%s\" can not be created yet", _sName.c_str());
-	return nullptr;
 }
 
 } // namespace Tarsel::Effects

@@ -46,9 +46,6 @@ protected:
 	// The manager comes from the target; the name is the variable name.
 	bool _Init(const VariableDeclaration* pDecl, IPrototypeInterface* pInterface, IPrototypeShader* pShader,
 	           const std::string& sName);
-	// Interface inputs are made by their own parameter classes; until those exist a class with one cannot
-	// make shaders.
-	IParameter* _CreateUnsupported(Result* pResult) const;
 
 	IMgrEffects* _pMgrEffects = nullptr;
 	const VariableDeclaration* _pDecl = nullptr;

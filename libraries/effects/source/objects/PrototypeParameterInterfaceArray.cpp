@@ -1,5 +1,10 @@
 #include "objects/PrototypeParameterInterfaceArray.h"
 
+#include "effects/IPrototypeInterface.h"
+#include "effects/IPrototypeShader.h"
+#include "effects/IShader.h"
+#include "objects/ParameterInterfaceArray.h"
+
 namespace Tarsel::Effects
 {
 
@@ -21,9 +26,12 @@ bool PrototypeParameterInterfaceArray::Init(const VariableDeclaration* pDecl, IP
 	return true;
 }
 
-IParameter* PrototypeParameterInterfaceArray::CreateParameter(IShader*, Result* pResult)
+IParameter* PrototypeParameterInterfaceArray::CreateParameter(IShader* pShader, Result* pResult)
 {
-	return _CreateUnsupported(pResult);
+	return ParameterInterfaceArray::Create(
+	    _pMgrEffects, _pDecl, _pPrototypeInterface ? _pPrototypeInterface->GetDefinition() : nullptr,
+	    _pPrototypeShader ? _pPrototypeShader->GetDefinition() : nullptr, _sName, pShader->GetKeyString(),
+	    _nLength, pResult);
 }
 
 } // namespace Tarsel::Effects

@@ -1,6 +1,8 @@
 #include "objects/PrototypeParameterInterfaceSingle.h"
 
 #include "core/Assert.h"
+#include "effects/IShader.h"
+#include "objects/ParameterInterfaceSingle.h"
 #include "syntax/Syntax.h"
 
 namespace Tarsel::Effects
@@ -24,9 +26,9 @@ bool PrototypeParameterInterfaceSingle::Init(const VariableDeclaration* pDecl, I
 	return true;
 }
 
-IParameter* PrototypeParameterInterfaceSingle::CreateParameter(IShader*, Result* pResult)
+IParameter* PrototypeParameterInterfaceSingle::CreateParameter(IShader* pShader, Result* pResult)
 {
-	return _CreateUnsupported(pResult);
+	return ParameterInterfaceSingle::Create(_pMgrEffects, _pDecl, pShader->GetKeyString(), pResult);
 }
 
 // The initializer names the class of the default shader: Spot().

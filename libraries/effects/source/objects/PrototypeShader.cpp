@@ -17,6 +17,8 @@
 #include "objects/MemberValueSingleSeparate.h"
 #include "objects/ModuleTransformer.h"
 #include "objects/NamedObjects.h"
+#include "objects/ParameterInterfaceArray.h"
+#include "objects/ParameterInterfaceSingle.h"
 #include "objects/ParameterValueArraySeparate.h"
 #include "objects/ParameterValueSingleStorageSeparate.h"
 #include "objects/PrototypeInterface.h"
@@ -97,13 +99,15 @@ IMember* CreateMemberValue(IMgrEffects* mgrEffects, const VariableDeclaration* d
 	return MemberValueSingleSeparate::Create(mgrEffects, declaration, name, result);
 }
 
-// Class-wide interface inputs come with the interface parameters; until then such a class cannot be made.
-IParameter* CreateParameterInterface(IMgrEffects* mgrEffects, const VariableDeclaration*,
-                                     const InterfaceDefinition*, const std::string& className)
+IParameter* CreateParameterInterface(IMgrEffects* mgrEffects, const VariableDeclaration* declaration,
+                                     const InterfaceDefinition* definition, const std::string& className,
+                                     Result* result)
 {
-	ConsoleOf(mgrEffects)
-	    ->Error("Class \"%s\": static interface inputs are not supported yet\n", className.c_str());
-	return nullptr;
+	if (IsArray(declaration))
+		return ParameterInterfaceArray::Create(mgrEffects, declaration, definition, nullptr,
+		                                       NameOf(declaration), className, DeclaredLength(declaration),
+		                                       result);
+	return ParameterInterfaceSingle::Create(mgrEffects, declaration, className, result);
 }
 
 template <class Base, class Descriptor, class Owner>
@@ -278,7 +282,7 @@ bool PrototypeShader::_InitParameterInterface(VariableDeclaration* declaration, 
 		return false;
 	IParameter* parameter = CreateParameterInterface(
 	    GetMgrEffects(), declaration, prototypeInterface ? prototypeInterface->GetDefinition() : nullptr,
-	    GetClassName());
+	    GetClassName(), result);
 	if (parameter == nullptr)
 		return false;
 	_AddStaticParameter(NameOf(declaration), parameter);
