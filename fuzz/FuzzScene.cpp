@@ -18,7 +18,8 @@ void CheckAccepted(const Scene& scene)
 	for (const SceneFrame& frame : scene.frames)
 		for (const auto* changes : {&frame.values, &frame.connect, &frame.coords})
 			for (const SceneChange& change : *changes)
-				TARSEL_FUZZ_CHECK(scene.shaders.count(change.target.shader) && !change.target.parameter.empty(),
+				TARSEL_FUZZ_CHECK(scene.shaders.count(change.target.shader) &&
+				                      !change.target.parameter.empty(),
 				                  change.path);
 }
 
@@ -56,7 +57,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 	SceneErrors errors("fuzz.json", &environment.console);
 	const long before = environment.console.GetCountErrors();
 	const bool bLoaded = LoadScene(std::string(reinterpret_cast<const char*>(data), size), scene, errors);
-	TARSEL_FUZZ_CHECK(bLoaded == (environment.console.GetCountErrors() == before), "load result and reports disagree");
+	TARSEL_FUZZ_CHECK(bLoaded == (environment.console.GetCountErrors() == before),
+	                  "load result and reports disagree");
 	if (!bLoaded)
 		return 0;
 	CheckAccepted(scene);
