@@ -6,6 +6,8 @@
 
 #include "core/Console.h"
 #include "core/Result.h"
+#include "effects/Effect.h"
+#include "effects/FactoryTEffect.h"
 #include "effects/IShader.h"
 #include "manager/Profiler.h"
 #include "objects/Library.h"
@@ -19,6 +21,51 @@ namespace Tarsel::Effects
 namespace
 {
 const char* const kOutputColor = "o_color";
+
+template <class E>
+IFactoryEffect* CreateFactory(IMgrEffects* mgrEffects)
+{
+	FactoryTEffect<E>* factory = new FactoryTEffect<E>();
+	factory->Init(mgrEffects);
+	return factory;
+}
+
+void DeleteFactory(IFactoryEffect*& factory)
+{
+	delete factory;
+	factory = nullptr;
+}
+
+IEffect* CreateEffect(IFactoryEffect* factory)
+{
+	return factory ? factory->CreateEffect() : nullptr;
+}
+
+void DestroyEffect(IFactoryEffect* factory, IEffect* effect)
+{
+	if (factory && effect)
+		factory->DestroyEffect(effect);
+}
+
+bool VisitEffects(IFactoryEffect* factory, IMgrEffects::VisitorEffect& visitor)
+{
+	return factory && factory->VisitEffects(visitor);
+}
+
+// Reports each failing effect as it happens, with everything gathered so far.
+struct VisitorUpdate
+{
+	Result* pResult;
+	IMgrConsole* pConsole;
+	bool Update(IEffect* effect)
+	{
+		if (effect->Update(pResult))
+			return true;
+		if (pResult)
+			pResult->Print(pConsole);
+		return false;
+	}
+};
 
 template <typename Visitor>
 bool VisitAll(const MgrEffectsImpl::TypedNames& entries, Visitor& visitor)
@@ -57,7 +104,13 @@ bool MgrEffectsImpl::Init(IMgrEffects* owner, IMgrConsole* console, IQuillonCont
 	_mgrOutputs.AddListenerAddOutput(relayAdd);
 	_mgrOutputs.AddListenerRemoveOutput(relayRemove);
 	_mgrKeys.Init();
+	_pFactorySurface = CreateFactory<EffectSurface>(owner);
+	_pFactoryRenderer = CreateFactory<EffectRenderer>(owner);
+	_pFactoryPrefix = CreateFactory<EffectPrefix>(owner);
 
+	// A manager initialised again after Shutdown starts its lists afresh.
+	_vRayAttributes.clear();
+	_vVariablesGlobal.clear();
 	const char* const rayInts[] = {"depthInfo", "samplingState", "auxInfo"};
 	for (const char* name : rayInts)
 		_vRayAttributes.emplace_back(kType_Int, name);
@@ -94,6 +147,10 @@ void MgrEffectsImpl::_AddPadAttributes()
 
 bool MgrEffectsImpl::Shutdown()
 {
+	// Effects hold graphs of the libraries' shaders: they go first.
+	DeleteFactory(_pFactorySurface);
+	DeleteFactory(_pFactoryRenderer);
+	DeleteFactory(_pFactoryPrefix);
 	for (auto& entry : _mLibraries)
 		entry.second->ShutdownShaders();
 	for (auto& entry : _mLibraries)
@@ -171,20 +228,19 @@ bool MgrEffectsImpl::VisitVariablesGlobal(VisitorTyped& visitor)
 	return VisitAll(_vVariablesGlobal, visitor);
 }
 
-// Effects and their factories are not built yet: no kind has a factory to visit.
-bool MgrEffectsImpl::VisitEffectsSurface(VisitorEffect&)
+bool MgrEffectsImpl::VisitEffectsSurface(VisitorEffect& visitor)
 {
-	return false;
+	return VisitEffects(_pFactorySurface, visitor);
 }
 
-bool MgrEffectsImpl::VisitEffectsRenderer(VisitorEffect&)
+bool MgrEffectsImpl::VisitEffectsRenderer(VisitorEffect& visitor)
 {
-	return false;
+	return VisitEffects(_pFactoryRenderer, visitor);
 }
 
-bool MgrEffectsImpl::VisitEffectsPrefix(VisitorEffect&)
+bool MgrEffectsImpl::VisitEffectsPrefix(VisitorEffect& visitor)
 {
-	return false;
+	return VisitEffects(_pFactoryPrefix, visitor);
 }
 
 IShader* MgrEffectsImpl::CreateShader(const std::string& className, Result* result)
@@ -219,24 +275,33 @@ void MgrEffectsImpl::DestroyShader(IShader* shader)
 
 IEffect* MgrEffectsImpl::CreateEffectSurface()
 {
-	return nullptr;
+	return CreateEffect(_pFactorySurface);
 }
 
-void MgrEffectsImpl::DestroyEffectSurface(IEffect*) {}
+void MgrEffectsImpl::DestroyEffectSurface(IEffect* effect)
+{
+	DestroyEffect(_pFactorySurface, effect);
+}
 
 IEffect* MgrEffectsImpl::CreateEffectRenderer()
 {
-	return nullptr;
+	return CreateEffect(_pFactoryRenderer);
 }
 
-void MgrEffectsImpl::DestroyEffectRenderer(IEffect*) {}
+void MgrEffectsImpl::DestroyEffectRenderer(IEffect* effect)
+{
+	DestroyEffect(_pFactoryRenderer, effect);
+}
 
 IEffect* MgrEffectsImpl::CreateEffectPrefix()
 {
-	return nullptr;
+	return CreateEffect(_pFactoryPrefix);
 }
 
-void MgrEffectsImpl::DestroyEffectPrefix(IEffect*) {}
+void MgrEffectsImpl::DestroyEffectPrefix(IEffect* effect)
+{
+	DestroyEffect(_pFactoryPrefix, effect);
+}
 
 bool MgrEffectsImpl::AddListenerAddOutput(ListenerAddOutput& listener)
 {
@@ -330,10 +395,15 @@ bool MgrEffectsImpl::_OnRemoveOutput(const std::string& name)
 	return _setListenersRemoveOutput.Notify(name);
 }
 
-// Effects are updated through their factories, which do not exist yet: there is nothing to compile.
-bool MgrEffectsImpl::Update(Result*)
+bool MgrEffectsImpl::Update(Result* result)
 {
-	return true;
+	VisitorUpdate update{result, _pConsole};
+	VisitorEffect visitor = MakeDelegate(&update, &VisitorUpdate::Update);
+	// Every kind is updated even after a failure.
+	const bool surfaces = VisitEffects(_pFactorySurface, visitor);
+	const bool prefixes = VisitEffects(_pFactoryPrefix, visitor);
+	const bool renderers = VisitEffects(_pFactoryRenderer, visitor);
+	return surfaces && prefixes && renderers;
 }
 
 bool MgrEffectsImpl::Update()
