@@ -288,9 +288,10 @@ TEST(SceneValue, ReachesTheTypedFormOfTheParameter)
 	EXPECT_FALSE(ApplySceneValue(sink, Convert("[1, 2, 3, 4]", kType_Vec4).value));
 }
 
-QLWrite MakeWrite(QLSetter setter, const std::vector<float>& floats, int count)
+QLWrite MakeWrite(unsigned program, QLSetter setter, const std::vector<float>& floats, int count)
 {
 	QLWrite write;
+	write.program = program;
 	write.setter = setter;
 	write.count = count;
 	write.uniform = "ambient_k3_k9";
@@ -304,26 +305,51 @@ TEST(EventPrinter, PrintsOneParsableLinePerEvent)
 	std::ostringstream out;
 	EventPrinter printer(out);
 	printer.SetFrame(2);
-	printer.Compile("floor", "floor_k5_1");
-	printer.Write("floor0", MakeWrite(kQLSetter_Vector3fArray, {0.5f, 0.25f, 1e-7f}, 1));
+	printer.Compile(1, "floor", "floor_k5_1");
+	printer.Write(1, "floor0", MakeWrite(1, kQLSetter_Vector3fArray, {0.5f, 0.25f, 1e-7f}, 1));
 	QLWrite index;
+	index.program = 1;
 	index.setter = kQLSetter_Int;
 	index.count = 1;
 	index.uniform = "__outputAttachmentIndex_o_color";
 	const int value = -15;
 	index.bytes.resize(4);
 	std::memcpy(index.bytes.data(), &value, 4);
-	printer.Write("floor1", index);
-	QLWrite block = MakeWrite(kQLSetter_UniformBlock, {}, 1);
+	printer.Write(2, "floor1", index);
+	QLWrite block = MakeWrite(1, kQLSetter_UniformBlock, {}, 1);
 	block.uniform.clear();
 	block.name = "lights";
-	printer.Write("floor1", block);
+	printer.Write(2, "floor1", block);
 	printer.Summary(1, 0);
 	EXPECT_EQ(out.str(), "compile 2 floor floor_k5_1\n"
 	                     "write 2 floor0 ambient_k3_k9 Vector3f[] 1 0.5 0.25 1e-07\n"
 	                     "write 2 floor1 __outputAttachmentIndex_o_color int 1 -15\n"
 	                     "write 2 floor1 lights block 1\n"
 	                     "summary: 1 effects, 1 compiles, 3 writes, 0 errors\n");
+}
+
+TEST(EventPrinter, GroupsAFrameByProgramPrimitiveAndUniformWhateverTheOrderOfArrival)
+{
+	std::ostringstream out;
+	EventPrinter printer(out);
+	printer.SetFrame(1);
+	printer.Write(2, "b", MakeWrite(7, kQLSetter_Float, {1}, 1));
+	printer.Write(1, "a", MakeWrite(7, kQLSetter_Float, {2}, 1));
+	printer.Compile(3, "view", "view_k1_1");
+	printer.Write(3, "s", MakeWrite(3, kQLSetter_Float, {3}, 1));
+	printer.Write(2, "b", MakeWrite(7, kQLSetter_Float, {4}, 1));
+	QLWrite other = MakeWrite(7, kQLSetter_Float, {6}, 1);
+	other.uniform = "aa_k1";
+	printer.Write(1, "a", other);
+	printer.Write(1, "a", MakeWrite(7, kQLSetter_Float, {5}, 1));
+	printer.SetFrame(2);
+	EXPECT_EQ(out.str(), "write 1 a aa_k1 float 1 6\n"
+	                     "write 1 a ambient_k3_k9 float 1 2\n"
+	                     "write 1 a ambient_k3_k9 float 1 5\n"
+	                     "write 1 b ambient_k3_k9 float 1 1\n"
+	                     "write 1 b ambient_k3_k9 float 1 4\n"
+	                     "compile 1 view view_k1_1\n"
+	                     "write 1 s ambient_k3_k9 float 1 3\n");
 }
 
 } // namespace

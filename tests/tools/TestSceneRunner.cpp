@@ -165,10 +165,8 @@ TEST_F(SceneRun, FramesCompileApplyAndReplayPerPrimitive)
 	EXPECT_TRUE(Events("^compile 2 ").empty());
 	const auto second = Events("^write 2 ");
 	ASSERT_EQ(second.size(), 3u) << _out.str();
-	EXPECT_TRUE(
-	    std::regex_match(second[0], std::regex("write 2 floor0 intensity_k[0-9a-f_k]+ float\\[\\] 1 3")));
-	EXPECT_TRUE(
-	    std::regex_match(second[1], std::regex("write 2 floor1 intensity_k[0-9a-f_k]+ float\\[\\] 1 3")));
+	EXPECT_TRUE(std::regex_match(second[0], std::regex("write 2 floor0 intensity_k[0-9a-f_k]+ float 1 3")));
+	EXPECT_TRUE(std::regex_match(second[1], std::regex("write 2 floor1 intensity_k[0-9a-f_k]+ float 1 3")));
 	EXPECT_TRUE(std::regex_match(second[2], std::regex("write 2 screen fieldOfView_k[0-9a-f_k]+ .* 0\\.5")));
 
 	// A local value reaches its own primitive only, under the shared uniform's name; then all is quiet.
@@ -185,11 +183,10 @@ TEST_F(SceneRun, FramesCompileApplyAndReplayPerPrimitive)
 	EXPECT_FALSE(Events("^write 5 floor0 ").empty());
 	EXPECT_TRUE(Events("^write 5 screen ").empty());
 
-	// A new attachment index reaches every compiled program's index uniform on every primitive.
-	const auto indices = Events("^write 6 ");
-	EXPECT_EQ(indices.size(), 3u) << _out.str();
-	for (const std::string& write : indices)
-		EXPECT_NE(write.find("__outputAttachmentIndex_o_color int 1 3"), std::string::npos) << write;
+	// A new attachment index reaches the index uniform on every primitive of a program that has it.
+	const std::vector<std::string> indices = {"write 6 floor0 __outputAttachmentIndex_o_color int 1 3",
+	                                          "write 6 floor1 __outputAttachmentIndex_o_color int 1 3"};
+	EXPECT_EQ(Events("^write 6 .*o_color"), indices);
 	EXPECT_TRUE(
 	    std::regex_match(Summary(), std::regex("summary: 2 effects, 8 compiles, [0-9]+ writes, 0 errors")));
 }
@@ -202,8 +199,12 @@ TEST_F(SceneRun, RunsAreRepeatableAndApplyAllRedrawsEverything)
 	EXPECT_EQ(_out.str(), once);
 
 	ASSERT_EQ(Compile(kSurfaceScene, {"--apply-all"}), 0) << _console.ErrorText();
-	// A frame without changes still writes every uniform of every primitive.
-	EXPECT_EQ(Uniforms(Events("^write 4 floor0 ")), Uniforms(Events("^write 1 floor0 ")));
+	// A frame without changes still writes every uniform of every primitive, once.
+	const auto redrawn = Uniforms(Events("^write 4 floor0 "));
+	const auto first = Uniforms(Events("^write 1 floor0 "));
+	EXPECT_EQ(redrawn.size(), first.size() / 2); // the first frame applied after the update and again
+	EXPECT_EQ(std::set<std::string>(redrawn.begin(), redrawn.end()),
+	          std::set<std::string>(first.begin(), first.end()));
 }
 
 TEST_F(SceneRun, EmitWritesTheLastTextsOfEachEffect)

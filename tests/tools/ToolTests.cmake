@@ -113,3 +113,7 @@ tarsel_fx_test(compile_library_error 1 ARGS ${_fx_compile} ${_fx_scenes}/library
 tarsel_fx_test(compile_missing_library 1 ARGS ${_fx_compile} ${_fx_scenes}/missing_library.json
                EXPECT "missing_library\\.json: libraries\\[0\\]: cannot load \"NoSuchLibrary\\.tsl\"")
 tarsel_fx_test(compile_usage 2 ARGS compile a.json b.json EXPECT "compile takes exactly one file" "usage:")
+# The device's compiler error comes back in the library's file and line, in the frame that compiled.
+tarsel_fx_test(compile_error_in_generated_code 1 ARGS ${_fx_compile} ${_fx_scenes}/compile_error.json
+               EXPECT "compile_error\\.json: frames\\[0\\]: Broken\\.tsl:8: 'wrong' : cannot initialize a 'float' with a 'vec3'"
+                      "summary: 1 effects, 0 compiles, 0 writes, 1 errors")

@@ -2,8 +2,10 @@
 
 #include "quillon/QLRecord.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <map>
 #include <ostream>
 
 namespace Tarsel::Fx
@@ -37,23 +39,50 @@ std::string FormatWriteValues(const QLWrite& write)
 	return text;
 }
 
-void EventPrinter::Compile(const std::string& effect, const std::string& shaderName)
+void EventPrinter::SetFrame(int frame)
 {
-	++_nCompiles;
-	_out << "compile " << _iFrame << " " << effect << " " << shaderName << "\n";
+	_Flush();
+	_iFrame = frame;
 }
 
-void EventPrinter::Write(const std::string& primitive, const QLWrite& write)
+void EventPrinter::Compile(unsigned program, const std::string& effect, const std::string& shaderName)
+{
+	++_nCompiles;
+	_vPending.push_back({program, 0, std::string(),
+	                     "compile " + std::to_string(_iFrame) + " " + effect + " " + shaderName + "\n"});
+}
+
+void EventPrinter::Write(QLprimitive primitive, const std::string& name, const QLWrite& write)
 {
 	++_nWrites;
 	// Without a linked program current the device knows no uniform; the name written is all there is.
 	const std::string& uniform = write.uniform.empty() ? write.name : write.uniform;
-	_out << "write " << _iFrame << " " << primitive << " " << uniform << " " << QLSetterName(write.setter)
-	     << " " << write.count << FormatWriteValues(write) << "\n";
+	_vPending.push_back({write.program, primitive, uniform,
+	                     "write " + std::to_string(_iFrame) + " " + name + " " + uniform + " " +
+	                         QLSetterName(write.setter) + " " + std::to_string(write.count) +
+	                         FormatWriteValues(write) + "\n"});
+}
+
+void EventPrinter::_Flush()
+{
+	std::map<unsigned, size_t> rank; // programs in the order they first showed up
+	for (const Event& event : _vPending)
+		rank.emplace(event.program, rank.size());
+	auto before = [&rank](const Event& a, const Event& b)
+	{
+		if (a.program != b.program)
+			return rank[a.program] < rank[b.program];
+		return a.primitive != b.primitive ? a.primitive < b.primitive : a.uniform < b.uniform;
+	};
+	std::stable_sort(_vPending.begin(), _vPending.end(), before);
+	for (const Event& event : _vPending)
+		_out << event.line;
+	_vPending.clear();
 }
 
 void EventPrinter::Summary(int effects, int errors)
 {
+	_Flush();
 	_out << "summary: " << effects << " effects, " << _nCompiles << " compiles, " << _nWrites << " writes, "
 	     << errors << " errors\n";
 }

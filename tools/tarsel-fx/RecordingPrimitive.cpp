@@ -8,7 +8,7 @@ namespace Tarsel::Fx
 bool RecordingPrimitive::_Report(bool bAccepted)
 {
 	if (bAccepted && !GetWrites().empty())
-		_printer.Write(_sName, GetWrites().back());
+		_printer.Write(GetHandle(), _sName, GetWrites().back());
 	return bAccepted;
 }
 

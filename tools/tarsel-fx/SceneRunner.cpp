@@ -274,7 +274,7 @@ bool SceneRunner::_RunFrame(const SceneFrame& frame, const std::string& path, co
 	_SetOutputs(frame.outputs);
 	Result result;
 	if (!_mgr.Update(&result))
-		_Fail(result, path, "the update failed");
+		_Fail(result, path, "the update failed (see the lines above)");
 	if (options.bApplyAll)
 		_ApplyAll(path);
 	_CheckDevice(path);
@@ -451,7 +451,7 @@ bool SceneRunner::_OnCompile(IEffect* effect)
 	for (int i = 0; i < 3; ++i)
 		for (const IQLShader* shader : ordered[i])
 		{
-			_printer.Compile(entry->id, shader->GetName());
+			_printer.Compile(program->GetHandle(), entry->id, shader->GetName());
 			*slots[i] = shader->GetString();
 		}
 	return true;
