@@ -99,6 +99,7 @@ TEST(SceneLoader, NamesEveryProblemWithItsPath)
 	    {"{\"libraries\": \"a.tsl\"}", "libraries: expected a list of file names, found \"a.tsl\""},
 	    {"{\"libraries\": [\"a.tsl\", 2]}", "libraries[1]: expected a string, found 2"},
 	    {"{\"outputs\": {\"o_n\": 1.5}}", "outputs.o_n: expected an attachment index or null, found 1.5"},
+	    {"{\"outputs\": {\"o_n\": -1}}", "outputs.o_n: expected an attachment index or null, found -1"},
 	    {"{\"shaders\": {\"a\": {}}}", "shaders.a: missing \"class\""},
 	    {"{\"shaders\": {\"a\": {\"class\": 3}}}", "shaders.a.class: expected a string, found 3"},
 	    {"{\"shaders\": {\"a\": {\"class\": \"X\", \"colour\": 1}}}", "shaders.a.colour: unknown key"},

@@ -2,6 +2,7 @@
 
 #include <fstream>
 #include <initializer_list>
+#include <limits>
 #include <ostream>
 #include <set>
 #include <sstream>
@@ -105,8 +106,8 @@ private:
 		for (auto it = outputs.begin(); it != outputs.end(); ++it)
 		{
 			const std::string itemPath = JoinPath(path, it.key());
-			if (_Expect(*it, it->is_null() || it->is_number_integer(), itemPath,
-			            "an attachment index or null"))
+			const bool bIndex = it->is_number_integer() && *it >= 0 && *it <= std::numeric_limits<int>::max();
+			if (_Expect(*it, it->is_null() || bIndex, itemPath, "an attachment index or null"))
 				out.push_back({itemPath, it.key(), *it});
 		}
 	}

@@ -131,7 +131,7 @@ bool SceneRunner::_Setup(const Scene& scene)
 
 bool SceneRunner::_Fail(const Result& result, const std::string& path, const std::string& fallback)
 {
-	// The library adds its messages innermost first.
+	// A result holds its outermost message last; that one is printed first, as the console prints results.
 	const std::vector<std::string>& messages = result.GetMessages();
 	for (auto it = messages.rbegin(); it != messages.rend(); ++it)
 		_errors.Report(path, TrimNewline(*it));
