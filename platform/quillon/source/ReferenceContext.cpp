@@ -201,7 +201,7 @@ bool ReferenceContext::ConsumeFailLink()
 
 bool ReferenceContext::ConsumeFailAttach()
 {
-	return ConsumeFailure(_nFailAttach);
+	return _nFailAttach > 0 && --_nFailAttach == 0;
 }
 
 } // namespace Tarsel

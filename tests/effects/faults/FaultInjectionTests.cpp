@@ -13,6 +13,9 @@
 #include "core/Assets.h"
 #include "core/Console.h"
 #include "core/Result.h"
+#include "effects/IEffect.h"
+#include "effects/IReferenceEffect.h"
+#include "effects/IShader.h"
 #include "effects/MgrEffects.h"
 #include "objects/Library.h"
 #include "quillon/FaultInjection.h"
@@ -230,6 +233,67 @@ bool ApplyStorages(Host& host, Attempt& run)
 	return true;
 }
 
+const char* const kEffectLibrary = R"(
+interface Surface { void Shade(); }
+class Flat : Surface
+{
+	output vec3 o_color;
+	input float gain = 2.0;
+	input vec3 tint = vec3(1.0, 0.5, 0.25);
+	void Shade() { accumulate(o_color, tint * gain); }
+}
+)";
+
+// Shaders and effects given back whatever happens, as a careful host would.
+struct EffectObjects
+{
+	explicit EffectObjects(Host& rHost) : host(rHost) {}
+	~EffectObjects()
+	{
+		host.manager.DestroyEffectSurface(pEffect);
+		host.manager.DestroyShader(pShader);
+	}
+
+	Host& host;
+	IShader* pShader = nullptr;
+	IEffect* pEffect = nullptr;
+};
+
+// A surface effect compiled, applied to two primitives, then a value change replayed on both.
+bool CompileAndApplyEffect(Host& host, Attempt& run)
+{
+	Result result;
+	if (!host.manager.AddLibrary(host.NextName("Effects.tsl"), kEffectLibrary, &result))
+		return run.Wrong("effect library did not parse");
+	EffectObjects objects(host);
+	objects.pShader = host.manager.CreateShader("Flat", &result);
+	if (objects.pShader == nullptr)
+		return run.Wrong("CreateShader");
+	objects.pEffect = host.manager.CreateEffectSurface();
+	if (objects.pEffect == nullptr)
+		return run.Reported("CreateEffectSurface");
+	ReferencePrimitive primitives[2];
+	if (!objects.pEffect->SetRoot(objects.pShader))
+		return run.Wrong("SetRoot");
+	for (ReferencePrimitive& primitive : primitives)
+		objects.pEffect->CreateReference(&primitive);
+	if (!host.manager.Update(&result))
+		return run.Reported("Update compile");
+	if (!objects.pShader->SetParameter(nullptr, "gain", 3.0f))
+		return run.Wrong("SetParameter");
+	if (!host.manager.Update(&result))
+		return run.Reported("Update replay");
+	for (ReferencePrimitive& primitive : primitives)
+	{
+		if (!primitive.GetViolations().empty())
+			return run.Wrong(primitive.GetViolations().front());
+		const QLWrite& last = primitive.GetWrites().back();
+		if (last.setter != kQLSetter_Float || last.Values<float>() != std::vector<float>{3.0f})
+			return run.Wrong("replayed value");
+	}
+	return true;
+}
+
 bool HasLeaks()
 {
 #if defined(__SANITIZE_ADDRESS__)
@@ -301,6 +365,14 @@ TEST(FaultInjection, StoragesApplyToLinkedProgram)
 	const int nPoints = InjectEveryCall(ApplyStorages);
 	EXPECT_GE(nPoints, 10);
 	std::printf("storage scenario: %d injection points\n", nPoints);
+}
+
+TEST(FaultInjection, EffectsCompileAndApply)
+{
+	const int nPoints = InjectEveryCall(CompileAndApplyEffect);
+	// Program, three shaders, three compiles, four attaches, one link and the writes.
+	EXPECT_GE(nPoints, 12);
+	std::printf("effect scenario: %d injection points\n", nPoints);
 }
 
 // The countdown itself: only the k-th call fails, and a disarmed device counts nothing.

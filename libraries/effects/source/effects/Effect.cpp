@@ -239,8 +239,8 @@ bool Effect<PV, PC>::_InitGraph(IShader* shader)
 template <class PV, class PC>
 void Effect<PV, PC>::_ShutdownGraph()
 {
-	_policyVertex.UnbindGraph();
-	// The graph owns the reference it made for this effect.
+	// The graph owns the reference it made for this effect; the vertex policy lets go when told of the
+	// deletion.
 	delete _pGraph;
 	_pGraph = nullptr;
 	_pReferenceGraph = nullptr;
@@ -444,19 +444,28 @@ bool Effect<PV, PC>::Apply(IQLPrimitive* primitive, Result* result)
 	if (!_pGraph->Apply(primitive, _pProgram, result))
 		return false;
 	_pPrimitiveApplying = primitive;
-	_OnChangeOutputIndices();
+	const bool written = _WriteOutputAttachmentIndices();
 	_pPrimitiveApplying = nullptr;
+	return written;
+}
+
+// A refused write still keeps the manager from telling the other effects.
+template <class PV, class PC>
+bool Effect<PV, PC>::_OnChangeOutputIndices()
+{
+	_WriteOutputAttachmentIndices();
 	return true;
 }
 
 template <class PV, class PC>
-bool Effect<PV, PC>::_OnChangeOutputIndices()
+bool Effect<PV, PC>::_WriteOutputAttachmentIndices()
 {
 	if (!_bCompiled)
 		return true;
+	bool all = true;
 	for (const std::string& name : _pGraph->GetOutputsUsed())
-		_UpdateOutputAttachmentIndexForOutput(name);
-	return true;
+		all = _UpdateOutputAttachmentIndexForOutput(name) && all;
+	return all;
 }
 
 template <class PV, class PC>

@@ -112,6 +112,7 @@ protected:
 	bool _OnChangeStructureGraph(IReferenceGraph* referenceGraph);
 	bool _OnChangeValueGraph(IReferenceGraph* referenceGraph, IGraph::DelegateApply& apply);
 	bool _OnChangeOutputIndices();
+	bool _WriteOutputAttachmentIndices();
 	bool _UpdateOutputAttachmentIndexForOutput(const std::string& outputName);
 	bool _CheckCompileProblems(Result* result);
 	IReferenceShader* _GetReferenceShader(IShader* shader);

@@ -185,10 +185,11 @@ public:
 	{
 		_nFailLink = count;
 	}
-	// The next count attaches of a shader to a program of this context fail.
-	void FailNextAttach(int count = 1)
+	// The n-th attach from now of a shader to a program of this context fails, so that any one attach of
+	// a sequence can be refused; 0 disarms.
+	void FailNextAttach(int n = 1)
 	{
-		_nFailAttach = count;
+		_nFailAttach = n;
 	}
 
 	// Everything sent to Message, one entry per call, plus device diagnostics (misuse of objects).
