@@ -8,7 +8,7 @@ cmake --preset fuzz >/dev/null
 cmake --build --preset fuzz
 
 # About a minute each on one core of the CI machine.
-declare -A runs=([loader]=50000 [print]=45000 [device]=120000 [scene]=200000)
+declare -A runs=([loader]=50000 [print]=45000 [device]=120000 [scene]=450000)
 declare -A dict=([loader]=tsl [print]=tsl [device]=qlsl [scene]=json)
 artifacts=build-fuzz/artifacts
 mkdir -p "$artifacts"

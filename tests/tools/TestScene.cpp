@@ -131,6 +131,7 @@ TEST(SceneLoader, NamesEveryProblemWithItsPath)
 	    {"{\"frames\": [{\"local\": {\"floor9\": {}}}]}",
 	     "frames[0].local.floor9: unknown primitive \"floor9\""},
 	    {"{\"a\": 1,}", "scene.json: not valid JSON: "},
+	    {"{\"frames\": [1e400]}", "scene.json: not valid JSON: "},
 	};
 	for (const auto& c : cases)
 	{

@@ -347,11 +347,12 @@ bool LoadScene(const std::string& text, Scene& scene, SceneErrors& errors)
 {
 	const int before = errors.GetCount();
 	json root;
+	// Numbers too large for a double are refused as out of range, not as a parse error: catch both.
 	try
 	{
 		root = json::parse(text);
 	}
-	catch (const json::parse_error& error)
+	catch (const json::exception& error)
 	{
 		errors.Report("", std::string("not valid JSON: ") + error.what());
 		return false;
