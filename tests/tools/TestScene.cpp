@@ -298,7 +298,8 @@ QLWrite MakeWrite(unsigned program, QLSetter setter, const std::vector<float>& f
 	write.count = count;
 	write.uniform = "ambient_k3_k9";
 	write.bytes.resize(floats.size() * 4);
-	std::memcpy(write.bytes.data(), floats.data(), write.bytes.size());
+	if (!floats.empty())
+		std::memcpy(write.bytes.data(), floats.data(), write.bytes.size());
 	return write;
 }
 
