@@ -8,15 +8,15 @@ cmake --preset fuzz >/dev/null
 cmake --build --preset fuzz
 
 # About a minute each on one core of the CI machine.
-declare -A runs=([loader]=50000 [print]=45000 [device]=120000)
-declare -A dict=([loader]=tsl [print]=tsl [device]=qlsl)
+declare -A runs=([loader]=50000 [print]=45000 [device]=120000 [scene]=450000)
+declare -A dict=([loader]=tsl [print]=tsl [device]=qlsl [scene]=json)
 artifacts=build-fuzz/artifacts
 mkdir -p "$artifacts"
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 options=(-max_len=16384 -timeout=30 -rss_limit_mb=2560 -print_final_stats=1)
 
-for target in loader print device; do
+for target in loader print device scene; do
   bin=build-fuzz/fuzz/fuzz_$target
   corpus=fuzz/corpus/$target
   echo "== fuzz_$target: replaying $corpus"

@@ -13,6 +13,8 @@ command -v clang++ >/dev/null || missing+=(clang)
 compgen -G "/usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer-x86_64.a" >/dev/null || missing+=(libclang-rt-14-dev)
 # The install tests read the package through pkg-config.
 command -v pkg-config >/dev/null || missing+=(pkgconf)
+# The scene reader of tarsel-fx compile.
+[ -f /usr/include/nlohmann/json.hpp ] || missing+=(nlohmann-json3-dev)
 # Not needed, but rebuilds on the same machine are much quicker with it.
 command -v ccache >/dev/null || missing+=(ccache)
 if [ ${#missing[@]} -gt 0 ]; then

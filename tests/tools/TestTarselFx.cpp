@@ -45,6 +45,15 @@ TEST(TarselFxArguments, AcceptsRootsAndFilesInAnyOrder)
 	Arguments print;
 	ASSERT_TRUE(CommandLine({"print", "-I", "x", "f.tsl"}).Parse(print, error)) << error;
 	EXPECT_EQ(print.command, Command::kPrint);
+
+	Arguments compile;
+	ASSERT_TRUE(
+	    CommandLine({"compile", "--apply-all", "-I", "x", "s.json", "--emit", "out"}).Parse(compile, error))
+	    << error;
+	EXPECT_EQ(compile.command, Command::kCompile);
+	EXPECT_EQ(compile.files, (std::vector<std::string>{"s.json"}));
+	EXPECT_EQ(compile.emitDir, "out");
+	EXPECT_TRUE(compile.bApplyAll);
 }
 
 TEST(TarselFxArguments, RejectsMalformedLinesWithAReason)
@@ -55,12 +64,15 @@ TEST(TarselFxArguments, RejectsMalformedLinesWithAReason)
 		const char* reason;
 	} cases[] = {
 	    {CommandLine({}), "missing command"},
-	    {CommandLine({"compile", "a.tsl"}), "unknown command 'compile'"},
+	    {CommandLine({"build", "a.tsl"}), "unknown command 'build'"},
 	    {CommandLine({"check"}), "no input file"},
 	    {CommandLine({"check", "a.tsl", "-I"}), "-I needs a directory"},
 	    {CommandLine({"check", "-q", "a.tsl"}), "unknown option '-q'"},
 	    {CommandLine({"preprocess", "a.tsl", "b.tsl"}), "exactly one file"},
 	    {CommandLine({"print", "-I", "dir"}), "no input file"},
+	    {CommandLine({"compile", "a.json", "b.json"}), "exactly one file"},
+	    {CommandLine({"compile", "a.json", "--emit"}), "--emit needs a directory"},
+	    {CommandLine({"check", "--apply-all", "a.tsl"}), "unknown option '--apply-all'"},
 	};
 	for (const auto& c : cases)
 	{

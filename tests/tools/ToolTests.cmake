@@ -84,3 +84,39 @@ tarsel_fx_test(run_usage 2 TOOL qlsl-run ARGS --uniform EXPECT "--uniform needs 
 
 # The guides' examples are checked by test_tools.
 target_compile_definitions(test_tools PRIVATE TARSEL_DOCS_DIR="${PROJECT_SOURCE_DIR}/docs")
+
+# Every example scene compiles, applies and replays its frames without an error.
+file(GLOB _fx_examples CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/examples/*.json)
+foreach(_scene ${_fx_examples})
+  get_filename_component(_name ${_scene} NAME_WE)
+  tarsel_fx_test(compile_example_${_name} 0 ARGS compile -I ${PROJECT_SOURCE_DIR}/shaders ${_scene}
+                 EXPECT "compile 1 [a-z]" "write 1 [a-z]" "summary: [1-9][0-9]* effects, [1-9][0-9]* compiles, [1-9][0-9]* writes, 0 errors")
+  # What an effect emits is a whole program: its files compile and link together on the device.
+  add_test(NAME tarsel-fx.emit_links_${_name}
+           COMMAND ${CMAKE_COMMAND} -DTOOL=$<TARGET_FILE:tarsel-fx> -DCHECK=$<TARGET_FILE:qlsl-check>
+                   -DSHADERS=${PROJECT_SOURCE_DIR}/shaders -DSCENE=${_scene}
+                   -DOUT=${CMAKE_CURRENT_BINARY_DIR}/emitted/${_name} -P ${CMAKE_CURRENT_LIST_DIR}/EmitAndLink.cmake)
+endforeach()
+
+# One scene per kind of mistake: the message names the scene file and the JSON path, and the run fails.
+set(_fx_scenes ${_fx_data}/scenes)
+set(_fx_compile compile -I ${PROJECT_SOURCE_DIR}/shaders -I ${_fx_data})
+tarsel_fx_test(compile_bad_json 1 ARGS ${_fx_compile} ${_fx_scenes}/bad_json.json
+               EXPECT "bad_json\\.json: not valid JSON: .*line 4" "summary: 0 effects, 0 compiles, 0 writes, 1 errors")
+tarsel_fx_test(compile_bad_value 1 ARGS ${_fx_compile} ${_fx_scenes}/bad_value.json
+               EXPECT "bad_value\\.json: shaders\\.key\\.values\\.color: expected 3 numbers")
+tarsel_fx_test(compile_unknown_class 1 ARGS ${_fx_compile} ${_fx_scenes}/unknown_class.json
+               EXPECT "unknown_class\\.json: shaders\\.key\\.class: Could not create shader named \"PointLite\"")
+tarsel_fx_test(compile_unknown_parameter 1 ARGS ${_fx_compile} ${_fx_scenes}/unknown_parameter.json
+               EXPECT "unknown_parameter\\.json: shaders\\.key\\.values\\.brightness: class \"PointLight\" has no value named \"brightness\"")
+tarsel_fx_test(compile_unknown_shader 1 ARGS ${_fx_compile} ${_fx_scenes}/unknown_shader.json
+               EXPECT "unknown_shader\\.json: effects\\.lamp\\.root: unknown shader \"fill\"")
+tarsel_fx_test(compile_library_error 1 ARGS ${_fx_compile} ${_fx_scenes}/library_error.json
+               EXPECT "library_error\\.json: libraries\\[0\\]: [^\n]*syntax_error\\.tsl\\(5\\) : Syntax Error")
+tarsel_fx_test(compile_missing_library 1 ARGS ${_fx_compile} ${_fx_scenes}/missing_library.json
+               EXPECT "missing_library\\.json: libraries\\[0\\]: cannot load \"NoSuchLibrary\\.tsl\"")
+tarsel_fx_test(compile_usage 2 ARGS compile a.json b.json EXPECT "compile takes exactly one file" "usage:")
+# The device's compiler error comes back in the library's file and line, in the frame that compiled.
+tarsel_fx_test(compile_error_in_generated_code 1 ARGS ${_fx_compile} ${_fx_scenes}/compile_error.json
+               EXPECT "compile_error\\.json: frames\\[0\\]: Broken\\.tsl:8: 'wrong' : cannot initialize a 'float' with a 'vec3'"
+                      "summary: 1 effects, 0 compiles, 0 writes, 1 errors")

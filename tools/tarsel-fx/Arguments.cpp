@@ -17,7 +17,8 @@ bool ParseCommand(const std::string& word, Command& command)
 	} kCommands[] = {{"check", Command::kCheck},
 	                 {"preprocess", Command::kPreprocess},
 	                 {"print", Command::kPrint},
-	                 {"stats", Command::kStats}};
+	                 {"stats", Command::kStats},
+	                 {"compile", Command::kCompile}};
 	for (const auto& entry : kCommands)
 	{
 		if (word == entry.name)
@@ -36,7 +37,8 @@ const char* GetUsage()
 	return "usage: tarsel-fx check [-I DIR]... FILE...\n"
 	       "       tarsel-fx preprocess [-I DIR]... FILE\n"
 	       "       tarsel-fx print [-I DIR]... FILE\n"
-	       "       tarsel-fx stats [--port N]\n";
+	       "       tarsel-fx stats [--port N]\n"
+	       "       tarsel-fx compile [-I DIR]... SCENE.json [--emit DIR] [--apply-all]\n";
 }
 
 bool ParseArguments(int argc, const char* const* argv, Arguments& args, std::string& error)
@@ -74,6 +76,17 @@ bool ParseArguments(int argc, const char* const* argv, Arguments& args, std::str
 			}
 			args.port = static_cast<int>(port);
 		}
+		else if (!bOptionsEnded && args.command == Command::kCompile && std::strcmp(arg, "--emit") == 0)
+		{
+			if (i + 1 >= argc)
+			{
+				error = "--emit needs a directory";
+				return false;
+			}
+			args.emitDir = argv[++i];
+		}
+		else if (!bOptionsEnded && args.command == Command::kCompile && std::strcmp(arg, "--apply-all") == 0)
+			args.bApplyAll = true;
 		else if (!bOptionsEnded && arg[0] == '-' && arg[1])
 		{
 			error = std::string("unknown option '") + arg + "'";

@@ -12,6 +12,7 @@ enum class Command
 	kPreprocess,
 	kPrint,
 	kStats,
+	kCompile,
 };
 
 struct Arguments
@@ -21,6 +22,9 @@ struct Arguments
 	std::vector<std::string> files;
 	// stats: the server's port; -1 for the registry's default.
 	int port = -1;
+	// compile: where the texts of the last compile of each effect go; empty for nowhere.
+	std::string emitDir;
+	bool bApplyAll = false;
 };
 
 // Exit code of a command line that could not be understood.

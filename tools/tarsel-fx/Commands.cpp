@@ -1,5 +1,8 @@
 #include "Commands.h"
 
+#include "EventPrinter.h"
+#include "SceneLoader.h"
+#include "SceneRunner.h"
 #include "StatsViewer.h"
 
 #include "codegen/VisitorPrintTsl.h"
@@ -169,6 +172,37 @@ int RunStats(const Arguments& args, IMgrConsole* console, std::ostream& out)
 	return ViewStats(args.port < 0 ? MgrStats::kDefaultPort : args.port, console, out);
 }
 
+// The scene's own folder is searched after the -I folders.
+std::string GetSceneFolder(const std::string& file)
+{
+	const std::string folder = Path(file).ParentPath().AsString();
+	return folder.empty() ? "." : folder;
+}
+
+int RunCompile(const Arguments& args, Host& host, std::ostream& out)
+{
+	const std::string& file = args.files.front();
+	// Effects and the device report on the process console; none of it may mix with the events.
+	ScopedMgrConsole processConsole(host.GetConsole());
+	SceneErrors errors(file, host.GetConsole());
+	EventPrinter printer(out);
+	int effects = 0;
+	Scene scene;
+	if (LoadSceneFile(file, scene, errors))
+	{
+		GetMgrAssets()->AddSearchRoot(Path(GetSceneFolder(file)));
+		SceneRunner runner(host.GetMgr(), errors, printer);
+		SceneOptions options;
+		options.bApplyAll = args.bApplyAll;
+		runner.Run(scene, options);
+		if (!args.emitDir.empty())
+			runner.Emit(args.emitDir);
+		effects = runner.GetCountEffects();
+	}
+	printer.Summary(effects, errors.GetCount());
+	return errors.GetCount() == 0 ? 0 : 1;
+}
+
 // For commands whose product is a text on stdout, every console line goes to stderr.
 class StderrConsole : public DefaultConsole
 {
@@ -194,6 +228,8 @@ int Run(const Arguments& args, IMgrConsole* console, std::ostream& out)
 		return RunPrint(args, host, out);
 	case Command::kStats:
 		return RunStats(args, console, out);
+	case Command::kCompile:
+		return RunCompile(args, host, out);
 	}
 	return 1;
 }

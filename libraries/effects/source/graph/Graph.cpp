@@ -1,5 +1,7 @@
 #include "graph/Graph.h"
 
+#include "effects/IPrototypeShader.h"
+
 #include <algorithm>
 #include <cstdlib>
 
