@@ -1,5 +1,7 @@
 #include "QlslTyping.h"
 
+#include <cmath>
+
 namespace Tarsel
 {
 namespace Qlsl
@@ -261,8 +263,9 @@ Expr* Typing::Construct(const Token& typeToken, Expr* const* arguments, uint32_t
 	{
 		double value = arguments[0]->value;
 		node->hasValue = true;
-		node->value = type.base == kBase_Int ? double((long long)value)
-		                                     : (type.base == kBase_Bool ? value != 0.0 : value);
+		// Truncated without a cast, which would be undefined for values past the integer range.
+		node->value =
+		    type.base == kBase_Int ? std::trunc(value) : (type.base == kBase_Bool ? value != 0.0 : value);
 	}
 	return node;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -503,8 +504,12 @@ void Typing::_CheckIndexRange(const Expr* base, const Expr* index, int line)
 	if (size <= 0 || (type.IsArray() && blockMember))
 		return;
 	if (index->value < 0 || index->value >= size)
-		_rDiagnostics.Error(line, "'[]' : index " + std::to_string((long long)index->value) +
-		                              " out of range for " + Quote(type));
+	{
+		// Printed from the double: a literal index may lie past every integer type.
+		char text[64];
+		std::snprintf(text, sizeof(text), "%.0f", index->value);
+		_rDiagnostics.Error(line, "'[]' : index " + std::string(text) + " out of range for " + Quote(type));
+	}
 }
 
 Expr* Typing::Field(Expr* base, const Token& field)
