@@ -115,6 +115,8 @@ tarsel_fx_test(compile_library_error 1 ARGS ${_fx_compile} ${_fx_scenes}/library
                EXPECT "library_error\\.json: libraries\\[0\\]: [^\n]*syntax_error\\.tsl\\(5\\) : Syntax Error")
 tarsel_fx_test(compile_missing_library 1 ARGS ${_fx_compile} ${_fx_scenes}/missing_library.json
                EXPECT "missing_library\\.json: libraries\\[0\\]: cannot load \"NoSuchLibrary\\.tsl\"")
+tarsel_fx_test(compile_lights_without_library 1 ARGS ${_fx_compile} ${_fx_scenes}/lights_without_library.json
+               EXPECT "lights_without_library\\.json: shaders\\.key\\.light: the light-shader manager cannot start")
 tarsel_fx_test(compile_usage 2 ARGS compile a.json b.json EXPECT "compile takes exactly one file" "usage:")
 # The device's compiler error comes back in the library's file and line, in the frame that compiled.
 tarsel_fx_test(compile_error_in_generated_code 1 ARGS ${_fx_compile} ${_fx_scenes}/compile_error.json

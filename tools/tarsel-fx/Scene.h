@@ -40,6 +40,8 @@ struct SceneShader
 	// A shader id, or for arrays a list of ids and nulls.
 	SceneMap<nlohmann::json> connect;
 	SceneMap<std::string> coords;
+	// Made by the light-shader manager: one wrapper per light, one shared shader per light class.
+	bool light = false;
 };
 
 struct SceneEffect

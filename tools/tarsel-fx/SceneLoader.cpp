@@ -127,12 +127,15 @@ private:
 	void _ReadShader(const json& value, const std::string& path, SceneShader& shader)
 	{
 		if (!_Expect(value, value.is_object(), path, "an object") ||
-		    !_OnlyKeys(value, path, {"class", "values", "connect", "coords"}))
+		    !_OnlyKeys(value, path, {"class", "values", "connect", "coords", "light"}))
 			return;
 		if (!value.contains("class"))
 			_errors.Report(path, "missing \"class\"");
 		else
 			_ReadString(value["class"], JoinPath(path, "class"), shader.className);
+		const json& light = _Member(value, "light");
+		if (_Expect(light, light.is_null() || light.is_boolean(), JoinPath(path, "light"), "true or false"))
+			shader.light = light.is_boolean() && light.get<bool>();
 		const json& values = _Member(value, "values");
 		if (_ExpectObject(values, JoinPath(path, "values")))
 			for (auto it = values.begin(); it != values.end(); ++it)

@@ -8,11 +8,13 @@
 #include "effects/IEffect.h"
 #include "effects/ILocalParameter.h"
 #include "effects/IMgrEffects.h"
+#include "effects/IMgrLightShaders.h"
 #include "effects/IParameter.h"
 #include "effects/IReferenceEffect.h"
 #include "effects/IShader.h"
 #include "quillon/Reference.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 
@@ -87,9 +89,23 @@ SceneRunner::~SceneRunner()
 {
 	for (const Effect& effect : _vEffects)
 		_DestroyEffect(effect);
-	for (const auto& shader : _mShaders)
-		_mgr.DestroyShader(shader.second);
+	_DestroyShaders();
 	_mgr.Shutdown();
+}
+
+// Lights go back to their manager, which shuts down before the effects manager does.
+void SceneRunner::_DestroyShaders()
+{
+	for (const auto& shader : _mShaders)
+		if (_setLights.count(shader.first) == 0)
+			_mgr.DestroyShader(shader.second);
+	if (_pLights == nullptr)
+		return;
+	for (const std::string& id : _setLights)
+		_pLights->DestroyShader(_mShaders[id]);
+	_pLights->Shutdown();
+	Effects::DestroyMgrLightShaders();
+	_pLights = nullptr;
 }
 
 void SceneRunner::_DestroyEffect(const Effect& effect)
@@ -124,6 +140,8 @@ bool SceneRunner::_Setup(const Scene& scene)
 		return false;
 	const int before = _errors.GetCount();
 	_SetOutputs(scene.outputs);
+	if (!_StartLights(scene.shaders))
+		return false;
 	_CreateShaders(scene.shaders);
 	_CreateEffects(scene.effects);
 	return _errors.GetCount() == before;
@@ -172,6 +190,22 @@ bool SceneRunner::_SetOutput(const SceneOutput& output)
 	return _mgr.SetOutputAttachmentIndex(output.name, output.index.get<int>());
 }
 
+bool SceneRunner::_StartLights(const SceneMap<SceneShader>& shaders)
+{
+	const auto light =
+	    std::find_if(shaders.begin(), shaders.end(), [](const auto& entry) { return entry.second.light; });
+	if (light == shaders.end())
+		return true;
+	_pLights = Effects::CreateMgrLightShaders();
+	if (_pLights->Init(&_mgr, _mgr.GetConsole()))
+		return true;
+	Effects::DestroyMgrLightShaders();
+	_pLights = nullptr;
+	_errors.Report(JoinPath(JoinPath("shaders", light->first), "light"),
+	               "the light-shader manager cannot start; load Interfaces.tsl and LightArrays.tsl");
+	return false;
+}
+
 // All shaders exist before any is connected, so that connections need no order.
 bool SceneRunner::_CreateShaders(const SceneMap<SceneShader>& shaders)
 {
@@ -179,9 +213,15 @@ bool SceneRunner::_CreateShaders(const SceneMap<SceneShader>& shaders)
 	for (const auto& entry : shaders)
 	{
 		Result result;
-		IShader* shader = _mgr.CreateShader(entry.second.className, &result);
+		const bool light = entry.second.light && _pLights;
+		IShader* shader = light ? _pLights->CreateShader(entry.second.className, &result)
+		                        : _mgr.CreateShader(entry.second.className, &result);
 		if (shader)
+		{
 			_mShaders[entry.first] = shader;
+			if (light)
+				_setLights.insert(entry.first);
+		}
 		else
 			bGood = _Fail(result, JoinPath(JoinPath("shaders", entry.first), "class"),
 			              "cannot create the shader");

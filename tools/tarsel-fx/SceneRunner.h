@@ -4,6 +4,7 @@
 
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,7 @@ namespace Tarsel::Effects
 {
 class IEffect;
 class IMgrEffects;
+class IMgrLightShaders;
 class IParameter;
 class IReferenceEffect;
 class IShader;
@@ -71,7 +73,9 @@ private:
 	bool _Setup(const Scene& scene);
 	bool _LoadLibraries(const std::vector<std::string>& libraries);
 	bool _SetOutputs(const std::vector<SceneOutput>& outputs);
+	bool _StartLights(const SceneMap<SceneShader>& shaders);
 	bool _CreateShaders(const SceneMap<SceneShader>& shaders);
+	void _DestroyShaders();
 	bool _InitShader(const std::string& id, const SceneShader& shader);
 	bool _CreateEffects(const SceneMap<SceneEffect>& effects);
 	Effects::IEffect* _CreateEffect(EffectKind kind);
@@ -101,6 +105,10 @@ private:
 	SceneErrors& _errors;
 	EventPrinter& _printer;
 	SceneMap<Effects::IShader*> _mShaders;
+	// Ids of the shaders the light manager made; it destroys them.
+	std::set<std::string> _setLights;
+	// Started only for scenes with lights: it needs the light library loaded.
+	Effects::IMgrLightShaders* _pLights = nullptr;
 	std::vector<Effect> _vEffects;
 	SceneMap<std::unique_ptr<RecordingPrimitive>> _mPrimitives;
 	// Violations of each primitive already reported.
