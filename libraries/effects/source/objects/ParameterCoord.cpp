@@ -40,27 +40,6 @@ void ParameterCoord::Shutdown()
 	_pMgrEffects = nullptr;
 }
 
-bool ParameterCoord::AddListenerChangeStructure(const Listener& listener)
-{
-	return _setListenersChangeStructure.Add(listener);
-}
-
-bool ParameterCoord::RemoveListenerChangeStructure(const Listener& listener)
-{
-	return _setListenersChangeStructure.Remove(listener);
-}
-
-IReferenceParameter* ParameterCoord::CreateReference(IGraph* graph)
-{
-	return ReferenceParameter::Create(graph, this);
-}
-
-bool ParameterCoord::DestroyReference(IReferenceParameter* reference)
-{
-	delete reference;
-	return true;
-}
-
 bool ParameterCoord::IsComplete() const
 {
 	return !_value.Get(0).empty();

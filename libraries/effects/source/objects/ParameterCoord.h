@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "effects/IParameter.h"
+#include "objects/ParameterCommon.h"
 #include "values/Value.h"
 
 namespace Tarsel::Effects
@@ -15,7 +15,7 @@ template <class T>
 class TIParentSyntax;
 
 // A vertex coordinate of a shader: its value names the vertex attribute that the coordinate reads.
-class ParameterCoord : public IParameter
+class ParameterCoord : public ParameterCommon
 {
 public:
 	ParameterCoord();
@@ -32,10 +32,6 @@ public:
 
 	bool AddListenerChangeValue(const Listener&) override { return true; }
 	bool RemoveListenerChangeValue(const Listener&) override { return true; }
-	bool AddListenerChangeStructure(const Listener& listener) override;
-	bool RemoveListenerChangeStructure(const Listener& listener) override;
-	IReferenceParameter* CreateReference(IGraph* graph) override;
-	bool DestroyReference(IReferenceParameter* reference) override;
 	bool CollectConstructor(CompoundStatement*) override { return true; }
 	bool CollectShader(Module*) override { return true; }
 	bool VisitTransformations(VisitorTransformation& delegate) override;
@@ -67,7 +63,6 @@ private:
 	std::string _sName;
 	TransformationCoord _eTransformation;
 	Value<std::string> _value;
-	ListenerSet<Listener> _setListenersChangeStructure;
 };
 
 } // namespace Tarsel::Effects

@@ -59,27 +59,6 @@ MgrEffectsImpl* ParameterInterface::_Impl() const
 	return _pMgrEffects ? _pMgrEffects->GetImplementation() : nullptr;
 }
 
-bool ParameterInterface::AddListenerChangeStructure(const Listener& listener)
-{
-	return _setListenersChangeStructure.Add(listener);
-}
-
-bool ParameterInterface::RemoveListenerChangeStructure(const Listener& listener)
-{
-	return _setListenersChangeStructure.Remove(listener);
-}
-
-IReferenceParameter* ParameterInterface::CreateReference(IGraph* pGraph)
-{
-	return ReferenceParameter::Create(pGraph, this);
-}
-
-bool ParameterInterface::DestroyReference(IReferenceParameter* pReference)
-{
-	delete pReference;
-	return true;
-}
-
 bool ParameterInterface::CollectConstructor(CompoundStatement* pBody)
 {
 	Module* pModule = pBody->GetModule();

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "effects/IParameter.h"
 #include "effects/IShader.h"
 #include "manager/Key.h"
+#include "objects/ParameterCommon.h"
 #include "values/Value.h"
 
 namespace Tarsel
@@ -33,7 +33,7 @@ bool ReplaceSelectionByCall(FunctionSelection* pSelection, TIParentSyntax<Expres
 
 // What single inputs and input arrays that connect shaders share: the slots of connected shaders, the
 // defaults the input owns, and the listening on every connected shader. A single input is one fixed slot.
-class ParameterInterface : public IParameter
+class ParameterInterface : public ParameterCommon
 {
 public:
 	~ParameterInterface() override;
@@ -46,10 +46,6 @@ public:
 	// Interface inputs hold no values that a program reads per primitive.
 	bool AddListenerChangeValue(const Listener&) override { return true; }
 	bool RemoveListenerChangeValue(const Listener&) override { return true; }
-	bool AddListenerChangeStructure(const Listener& listener) override;
-	bool RemoveListenerChangeStructure(const Listener& listener) override;
-	IReferenceParameter* CreateReference(IGraph* pGraph) override;
-	bool DestroyReference(IReferenceParameter* pReference) override;
 	// Calls the constructor of every connected shader, in slot order.
 	bool CollectConstructor(CompoundStatement* pBody) override;
 	// Every slot holds a complete shader; an empty array is complete.
@@ -120,7 +116,6 @@ private:
 	void _Listen(IShader* pShader);
 	void _Unlisten(IShader* pShader);
 
-	ListenerSet<Listener> _setListenersChangeStructure;
 	// Set while this input asks or tells its connected shaders, so that a connection cycle (a shader
 	// reaching itself through inputs) ends here instead of recursing.
 	mutable bool _bChecking = false;

@@ -49,27 +49,6 @@ bool ParameterValue::RemoveListenerChangeValue(const Listener& listener)
 	return _setListenersChangeValue.Remove(listener);
 }
 
-bool ParameterValue::AddListenerChangeStructure(const Listener& listener)
-{
-	return _setListenersChangeStructure.Add(listener);
-}
-
-bool ParameterValue::RemoveListenerChangeStructure(const Listener& listener)
-{
-	return _setListenersChangeStructure.Remove(listener);
-}
-
-IReferenceParameter* ParameterValue::CreateReference(IGraph* pGraph)
-{
-	return ReferenceParameter::Create(pGraph, this);
-}
-
-bool ParameterValue::DestroyReference(IReferenceParameter* pReference)
-{
-	delete pReference;
-	return true;
-}
-
 bool ParameterValue::CollectConstructor(CompoundStatement*)
 {
 	return true;

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "core/Delegate.h"
-#include "effects/IParameter.h"
 #include "manager/Key.h"
+#include "objects/ParameterCommon.h"
 #include "values/PolicyAccessor.h"
 
 #include <string>
@@ -58,7 +58,7 @@ using ParameterValueAccessors = PolicyAccessorValueStorage<PolicyAccessorValueOf
 
 // What value parameters share: a declaration, a key, the mangled name made from it, and the storage that
 // holds the values.
-class ParameterValue : public IParameter
+class ParameterValue : public ParameterCommon
 {
 public:
 	~ParameterValue() override;
@@ -67,12 +67,8 @@ public:
 
 	bool AddListenerChangeValue(const Listener& listener) override;
 	bool RemoveListenerChangeValue(const Listener& listener) override;
-	bool AddListenerChangeStructure(const Listener& listener) override;
-	bool RemoveListenerChangeStructure(const Listener& listener) override;
 
 	// Per-graph parameter references are made by the graph; until it exists there are none.
-	IReferenceParameter* CreateReference(IGraph* pGraph) override;
-	bool DestroyReference(IReferenceParameter* pReference) override;
 
 	// Values come from the host, never from generated constructors.
 	bool CollectConstructor(CompoundStatement* pBody) override;
@@ -112,7 +108,6 @@ private:
 	bool _OnChangeValue(IStorage* pStorage);
 
 	ListenerSet<Listener> _setListenersChangeValue;
-	ListenerSet<Listener> _setListenersChangeStructure;
 };
 
 } // namespace Tarsel::Effects
