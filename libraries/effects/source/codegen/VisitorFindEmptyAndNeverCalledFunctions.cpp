@@ -85,6 +85,7 @@ bool VisitorFindEmptyAndNeverCalledFunctions::_OnRootMethod(FunctionPrototype* p
 
 void VisitorFindEmptyAndNeverCalledFunctions::_CollectPrototypes()
 {
+	_mRecords.reserve(_pModule->GetFunctionDeclarations().size());
 	for (FunctionPrototype* pPrototype : _pModule->GetFunctionDeclarations())
 	{
 		if (pPrototype->GetName() == nullptr)

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <map>
 #include <set>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 #include "syntax/Syntax.h"
 
@@ -48,7 +48,9 @@ private:
 	IGraph* _pGraph;
 	// The keys are copies, so that a lookup compares against the record's own memory, not a node elsewhere
 	// in the module.
-	std::map<std::string, Record, std::less<>> _mRecords;
+	// Keyed by views of the names in the module, which outlives the pass; the marks do not depend on the
+	// order of the records, so a hash map keeps the pass linear.
+	std::unordered_map<std::string_view, Record> _mRecords;
 	std::set<std::string, std::less<>> _setEntryPoints;
 };
 
