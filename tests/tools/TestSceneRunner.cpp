@@ -10,7 +10,9 @@
 #include <regex>
 #include <set>
 #include <sstream>
+
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 namespace Tarsel::Fx
@@ -27,8 +29,9 @@ class SceneRun : public ::testing::Test
 protected:
 	void SetUp() override
 	{
-		_dir = std::filesystem::temp_directory_path() /
-		       ("tarsel-fx-scene-" + std::to_string(reinterpret_cast<uintptr_t>(this)));
+		_dir =
+		    std::filesystem::temp_directory_path() / ("tarsel-fx-scene-" + std::to_string(::getpid()) + "-" +
+		                                              std::to_string(reinterpret_cast<uintptr_t>(this)));
 		std::filesystem::create_directories(_dir);
 	}
 	void TearDown() override { std::filesystem::remove_all(_dir); }

@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include <unistd.h>
+
 namespace Tarsel::Fx
 {
 namespace
@@ -101,8 +103,9 @@ protected:
 	void SetUp() override
 	{
 		_previous = std::filesystem::current_path();
-		_empty = std::filesystem::temp_directory_path() /
-		         ("tarsel-fx-run-" + std::to_string(reinterpret_cast<uintptr_t>(this)));
+		_empty =
+		    std::filesystem::temp_directory_path() / ("tarsel-fx-run-" + std::to_string(::getpid()) + "-" +
+		                                              std::to_string(reinterpret_cast<uintptr_t>(this)));
 		std::filesystem::create_directories(_empty);
 		std::filesystem::current_path(_empty);
 	}

@@ -214,5 +214,5 @@ TEST(PrintExpression, ArrayConstructorsKeepTheirLength)
 	// Without a length the brackets stay, or the declaration would be a scalar.
 	Type* pOpen = t.m->CreateType(kType_Float);
 	pOpen->SetArray(true);
-	EXPECT_EQ(PrintNode(t.m->CreateDeclarationStatement(t.Decl(pOpen, "v"))), "float v[];\n");
+	EXPECT_EQ(PrintNode(t.Keep(t.m->CreateDeclarationStatement(t.Decl(pOpen, "v")))), "float v[];\n");
 }
