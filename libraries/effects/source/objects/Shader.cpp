@@ -201,12 +201,16 @@ bool Shader::_RenameCalls(FunctionCall* call, TIParentSyntax<Expression>* parent
 	return true;
 }
 
+// Everyone above hears first and forgets its answer before this shader asks its inputs again: in a cycle
+// of connections the shaders above are also below, and a stale answer of theirs would complete the cycle.
 bool Shader::_OnChangeStructure()
 {
+	_iComplete = -1;
 	delete _pModule;
 	_pModule = nullptr;
-	const bool built = !IsComplete() || _BuildModule(nullptr);
-	return _setListenersChangeStructure.Notify(this) && built;
+	const bool notified = _setListenersChangeStructure.Notify(this);
+	const bool built = _pModule != nullptr || !IsComplete() || _BuildModule(nullptr);
+	return notified && built;
 }
 
 bool Shader::_OnChangeStructurePrototype(PrototypeShader*)
@@ -255,6 +259,13 @@ bool Shader::VisitMethods(VisitorMethod& visitor)
 }
 
 bool Shader::IsComplete()
+{
+	if (_iComplete < 0)
+		_iComplete = _ComputeComplete() ? 1 : 0;
+	return _iComplete == 1;
+}
+
+bool Shader::_ComputeComplete()
 {
 	if (_pPrototype == nullptr || !_pPrototype->IsComplete())
 		return false;
@@ -590,6 +601,7 @@ bool Shader::SetParameter(Result* result, const std::string& name, IShader** val
 
 void Shader::Shutdown()
 {
+	_iComplete = -1;
 	if (_pPrototype)
 	{
 		PrototypeShader::ListenerChangeStructure listener =

@@ -146,6 +146,7 @@ private:
 	bool _CollectConstructor(Module* module);
 	bool _RenameCalls(FunctionCall* call, TIParentSyntax<Expression>* parent);
 	bool _OnChangeStructure();
+	bool _ComputeComplete();
 	bool _OnChangeStructurePrototype(PrototypeShader* prototype);
 	bool _OnChangeStructureParameter(IParameter* parameter);
 	bool _OnChangeLengthMember(IMember* member);
@@ -172,6 +173,9 @@ private:
 	ListenerSet<ListenerShader> _setListenersDelete;
 	ListenerSet<ListenerShader> _setListenersChangeStructure;
 	IMangleMethod* _pMangleMethod;
+	// Whether the shader is complete, or -1 when not known: every change below a shader reaches it as a
+	// structure change, which forgets the answer, so asking a graph of shaders stays linear.
+	int _iComplete = -1;
 };
 
 } // namespace Tarsel::Effects
