@@ -5,6 +5,8 @@
 #include "graph/IReferenceShader.h"
 #include "syntax/Module.h"
 
+#include <functional>
+
 namespace Tarsel::Effects
 {
 
@@ -43,13 +45,15 @@ VisitorFindEmptyAndNeverCalledFunctions::VisitorFindEmptyAndNeverCalledFunctions
 bool VisitorFindEmptyAndNeverCalledFunctions::Visit(Module* pModule)
 {
 	_pModule = pModule;
-	_mRecords.clear();
 	_setEntryPoints.clear();
 	_CollectEntryPoints();
 	_CollectPrototypes();
 	_MarkEmpty();
+	_vCalls.clear();
+	_namesQueried.Clear();
 	if (!Visitor::Visit(pModule))
 		return false;
+	_MarkCalls();
 	_MarkNeverCalled();
 	return true;
 }
@@ -85,76 +89,103 @@ bool VisitorFindEmptyAndNeverCalledFunctions::_OnRootMethod(FunctionPrototype* p
 
 void VisitorFindEmptyAndNeverCalledFunctions::_CollectPrototypes()
 {
-	_mRecords.reserve(_pModule->GetFunctionDeclarations().size());
+	std::vector<FunctionPrototype*> vPrototypes;
+	_namesQueried.Clear();
 	for (FunctionPrototype* pPrototype : _pModule->GetFunctionDeclarations())
+		if (pPrototype->GetName())
+		{
+			vPrototypes.push_back(pPrototype);
+			_namesQueried.Add(pPrototype->GetName()->GetString());
+		}
+	_names.Reset(vPrototypes.size());
+	_names.AddAll(_namesQueried, _vNumbers);
+	_vRecords.assign(_names.Size(), Record());
+	_vMarks.assign(_names.Size(), 0);
+	for (size_t i = 0; i < vPrototypes.size(); ++i)
 	{
-		if (pPrototype->GetName() == nullptr)
-			continue;
-		Record record;
-		record.pPrototype = pPrototype;
-		record.sSignature = Signature(pPrototype);
-		auto [it, bInserted] = _mRecords.try_emplace(pPrototype->GetName()->GetString());
+		Record& stored = _vRecords[_vNumbers[i]];
+		std::string sSignature = Signature(vPrototypes[i]);
 		// Once overloads are seen the name stays kept: one overload's emptiness says nothing of the others.
-		if (!bInserted)
-			record.bKeep = it->second.bKeep || it->second.sSignature != record.sSignature;
-		it->second = std::move(record);
+		if (stored.pPrototype && stored.sSignature != sSignature)
+			_vMarks[_vNumbers[i]] |= kMark_Keep;
+		stored.pPrototype = vPrototypes[i];
+		stored.sSignature = std::move(sSignature);
 	}
 }
 
 void VisitorFindEmptyAndNeverCalledFunctions::_MarkEmpty()
 {
-	for (FunctionDefinition* pDefinition : _pModule->GetFunctionDefinitions())
-		if (Record* pRecord = _Find(pDefinition->GetFunctionPrototype()->GetName()))
-			pRecord->pDefinition = pDefinition;
-	for (FunctionDefinition* pDefinition : _pModule->GetFunctionDefinitions())
+	const std::vector<FunctionDefinition*>& vDefinitions = _pModule->GetFunctionDefinitions();
+	// One read of each definition: a large module's nodes are not in the cache a second time.
+	std::vector<bool> vCouldBeEmpty(vDefinitions.size());
+	_namesQueried.Clear();
+	for (size_t i = 0; i < vDefinitions.size(); ++i)
 	{
-		const CompoundStatement* pBody = pDefinition->GetCompoundStatement();
-		const String* pName = pDefinition->GetFunctionPrototype()->GetName();
+		const FunctionPrototype* pPrototype = vDefinitions[i]->GetFunctionPrototype();
+		const CompoundStatement* pBody = vDefinitions[i]->GetCompoundStatement();
+		const String* pName = pPrototype->GetName();
+		_namesQueried.Add(pName ? std::string_view(pName->GetString()) : std::string_view());
 		// A call of a function that returns a value sits inside an expression, where a comment cannot
 		// stand in for it, so only void functions count as empty.
-		if (pBody == nullptr || pBody->GetCountStatements() != 0 || pName == nullptr ||
-		    !ReturnsVoid(pDefinition->GetFunctionPrototype()) || _IsEntryPoint(pName->GetString()))
+		vCouldBeEmpty[i] = pBody && pBody->GetCountStatements() == 0 && ReturnsVoid(pPrototype);
+	}
+	_names.FindAll(_namesQueried, _vNumbers);
+	for (size_t i = 0; i < vDefinitions.size(); ++i)
+	{
+		const uint32_t iNumber = _vNumbers[i];
+		if (iNumber == FunctionNameTable::kAbsent)
 			continue;
-		Record* pRecord = _Find(pName);
-		if (pRecord == nullptr || pRecord->bKeep)
+		Record& record = _vRecords[iNumber];
+		record.pDefinition = vDefinitions[i];
+		if (!vCouldBeEmpty[i] || (_vMarks[iNumber] & kMark_Keep) || _IsEntryPoint(_names.Name(iNumber)))
 			continue;
-		pRecord->pDefinition = pDefinition;
-		pRecord->pPrototype->SetOptimization(kOptimization_Empty);
-		pDefinition->SetOptimization(kOptimization_Empty);
+		_vMarks[iNumber] |= kMark_Empty;
+		record.pPrototype->SetOptimization(kOptimization_Empty);
+		record.pDefinition->SetOptimization(kOptimization_Empty);
 	}
 }
 
 bool VisitorFindEmptyAndNeverCalledFunctions::Visit(FunctionCall* pNode, TIParentSyntax<Expression>* pParent)
 {
-	if (Record* pRecord = _Find(pNode->GetName()))
+	// Looked up together after the walk.
+	if (pNode->GetName())
 	{
-		if (pRecord->pPrototype->GetOptimization() == kOptimization_Empty)
-			pNode->SetOptimization(kOptimization_Empty);
-		else
-			pRecord->bKeep = true;
+		_vCalls.push_back(pNode);
+		_namesQueried.Add(pNode->GetName()->GetString());
 	}
 	return Visitor::Visit(pNode, pParent);
 }
 
+bool VisitorFindEmptyAndNeverCalledFunctions::Visit(FunctionPrototype*)
+{
+	return true;
+}
+
+void VisitorFindEmptyAndNeverCalledFunctions::_MarkCalls()
+{
+	_names.FindAll(_namesQueried, _vNumbers);
+	for (size_t i = 0; i < _vCalls.size(); ++i)
+	{
+		const uint32_t iNumber = _vNumbers[i];
+		if (iNumber == FunctionNameTable::kAbsent)
+			continue;
+		if (_vMarks[iNumber] & kMark_Empty)
+			_vCalls[i]->SetOptimization(kOptimization_Empty);
+		else
+			_vMarks[iNumber] |= kMark_Keep;
+	}
+}
+
 void VisitorFindEmptyAndNeverCalledFunctions::_MarkNeverCalled()
 {
-	for (auto& [sName, record] : _mRecords)
-		if (!record.bKeep && !_IsEntryPoint(sName))
-			MarkUnlessMarked(record.pPrototype, record.pDefinition, kOptimization_NeverCalled);
+	for (uint32_t i = 0; i < _vRecords.size(); ++i)
+		if (!(_vMarks[i] & kMark_Keep) && !_IsEntryPoint(_names.Name(i)))
+			MarkUnlessMarked(_vRecords[i].pPrototype, _vRecords[i].pDefinition, kOptimization_NeverCalled);
 }
 
 bool VisitorFindEmptyAndNeverCalledFunctions::_IsEntryPoint(std::string_view sName) const
 {
 	return _setEntryPoints.find(sName) != _setEntryPoints.end();
-}
-
-VisitorFindEmptyAndNeverCalledFunctions::Record*
-VisitorFindEmptyAndNeverCalledFunctions::_Find(const String* pName)
-{
-	if (pName == nullptr)
-		return nullptr;
-	auto found = _mRecords.find(pName->GetString());
-	return found == _mRecords.end() ? nullptr : &found->second;
 }
 
 } // namespace Tarsel::Effects

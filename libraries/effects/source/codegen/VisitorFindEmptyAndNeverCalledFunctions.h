@@ -1,10 +1,12 @@
 #pragma once
 
+#include <cstdint>
 #include <set>
 #include <string>
 #include <string_view>
-#include <unordered_map>
+#include <vector>
 
+#include "codegen/FunctionNameTable.h"
 #include "syntax/Syntax.h"
 
 namespace Tarsel::Effects
@@ -26,14 +28,22 @@ public:
 	// False only when the walk over the calls fails; no never-called mark is made then.
 	bool Visit(Module* pModule) override;
 	bool Visit(FunctionCall* pNode, TIParentSyntax<Expression>* pParent) override;
+	// Prototypes hold no calls; on large modules the walk is mostly memory traffic, so they are skipped.
+	bool Visit(FunctionPrototype* pNode) override;
 
 private:
 	struct Record
 	{
 		FunctionPrototype* pPrototype = nullptr;
 		FunctionDefinition* pDefinition = nullptr;
-		bool bKeep = false;
 		std::string sSignature;
+	};
+	// Kept apart from the records: the calls touch them in no useful order, and at a byte each they stay
+	// in the cache.
+	enum Mark : uint8_t
+	{
+		kMark_Keep = 1,
+		kMark_Empty = 2,
 	};
 
 	void _CollectEntryPoints();
@@ -41,16 +51,17 @@ private:
 	void _CollectPrototypes();
 	void _MarkEmpty();
 	void _MarkNeverCalled();
+	void _MarkCalls();
 	bool _IsEntryPoint(std::string_view sName) const;
-	Record* _Find(const String* pName);
 
 	Module* _pModule;
 	IGraph* _pGraph;
-	// The keys are copies, so that a lookup compares against the record's own memory, not a node elsewhere
-	// in the module.
-	// Keyed by views of the names in the module, which outlives the pass; the marks do not depend on the
-	// order of the records, so a hash map keeps the pass linear.
-	std::unordered_map<std::string_view, Record> _mRecords;
+	FunctionNameTable _names;
+	std::vector<Record> _vRecords; // by the name's number
+	std::vector<uint8_t> _vMarks;  // by the name's number
+	std::vector<FunctionCall*> _vCalls;
+	FunctionNameTable::Batch _namesQueried;
+	std::vector<uint32_t> _vNumbers;
 	std::set<std::string, std::less<>> _setEntryPoints;
 };
 

@@ -1,0 +1,124 @@
+#include "codegen/FunctionNameTable.h"
+
+#include <functional>
+
+namespace Tarsel::Effects
+{
+
+void FunctionNameTable::Reset(size_t nExpected)
+{
+	_vNames.clear();
+	_sNames.clear();
+	_vNames.reserve(nExpected);
+	_vSlots.assign(16, Slot());
+	_Grow(nExpected);
+}
+
+void FunctionNameTable::Batch::Clear()
+{
+	_vEntries.clear();
+	_sNames.clear();
+}
+
+void FunctionNameTable::Batch::Add(std::string_view sName)
+{
+	_vEntries.push_back(
+	    Entry{static_cast<uint32_t>(_sNames.size()), static_cast<uint32_t>(sName.size()), _Hash(sName)});
+	_sNames.append(sName);
+}
+
+std::string_view FunctionNameTable::Batch::Name(size_t i) const
+{
+	return std::string_view(_sNames.data() + _vEntries[i].iBegin, _vEntries[i].nLength);
+}
+
+void FunctionNameTable::AddAll(const Batch& names, std::vector<uint32_t>& vNumbers)
+{
+	// Grown before the first fetch, so that no fetched slot moves.
+	_Grow(Size() + names.Size());
+	vNumbers.resize(names.Size());
+	_Pipelined(names, [&](size_t i) { vNumbers[i] = _Add(names.Name(i), names.Hash(i)); });
+}
+
+void FunctionNameTable::FindAll(const Batch& names, std::vector<uint32_t>& vNumbers) const
+{
+	vNumbers.resize(names.Size());
+	_Pipelined(names, [&](size_t i) { vNumbers[i] = _Probe(names.Name(i), names.Hash(i)).iNumber; });
+}
+
+uint32_t FunctionNameTable::Find(std::string_view sName) const
+{
+	return _Probe(sName, _Hash(sName)).iNumber;
+}
+
+std::string_view FunctionNameTable::Name(uint32_t iNumber) const
+{
+	const Span& span = _vNames[iNumber];
+	return std::string_view(_sNames.data() + span.iBegin, span.nLength);
+}
+
+uint32_t FunctionNameTable::_Hash(std::string_view sName)
+{
+	return static_cast<uint32_t>(std::hash<std::string_view>()(sName));
+}
+
+const FunctionNameTable::Slot& FunctionNameTable::_Probe(std::string_view sName, uint32_t iHash) const
+{
+	const size_t nMask = _vSlots.size() - 1;
+	for (size_t i = iHash & nMask;; i = (i + 1) & nMask)
+	{
+		const Slot& slot = _vSlots[i];
+		if (slot.iNumber == kAbsent || (slot.iHash == iHash && Name(slot.iNumber) == sName))
+			return slot;
+	}
+}
+
+uint32_t FunctionNameTable::_Add(std::string_view sName, uint32_t iHash)
+{
+	Slot& slot = const_cast<Slot&>(_Probe(sName, iHash));
+	if (slot.iNumber == kAbsent)
+	{
+		slot = Slot{iHash, static_cast<uint32_t>(_vNames.size())};
+		_vNames.push_back(Span{static_cast<uint32_t>(_sNames.size()), static_cast<uint32_t>(sName.size())});
+		_sNames.append(sName);
+	}
+	return slot.iNumber;
+}
+
+void FunctionNameTable::_Grow(size_t nNames)
+{
+	// At most half full, so that probes stay short.
+	size_t nSlots = _vSlots.size();
+	while (nSlots < 2 * nNames)
+		nSlots *= 2;
+	if (nSlots == _vSlots.size())
+		return;
+	std::vector<Slot> vOld(nSlots, Slot());
+	vOld.swap(_vSlots);
+	const size_t nMask = nSlots - 1;
+	for (const Slot& old : vOld)
+	{
+		if (old.iNumber == kAbsent)
+			continue;
+		size_t i = old.iHash & nMask;
+		while (_vSlots[i].iNumber != kAbsent)
+			i = (i + 1) & nMask;
+		_vSlots[i] = old;
+	}
+}
+
+template <class Step>
+void FunctionNameTable::_Pipelined(const Batch& names, Step step) const
+{
+	constexpr size_t kAhead = 8;
+	const size_t nMask = _vSlots.size() - 1;
+	for (size_t i = 0; i < names.Size() + kAhead; ++i)
+	{
+		if (i < names.Size())
+			__builtin_prefetch(&_vSlots[names.Hash(i) & nMask]);
+		if (i >= kAhead)
+			step(i - kAhead);
+	}
+}
+
+} // namespace Tarsel::Effects
