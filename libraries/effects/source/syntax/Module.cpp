@@ -454,8 +454,8 @@ void Module::ClearFunctionDeclarations()
 
 const LineMap* Module::KeepLineMap(const LineMap& map)
 {
-	_dLineMaps.push_back(map);
-	return &_dLineMaps.back();
+	_vLineMaps.push_back(std::make_unique<LineMap>(map));
+	return _vLineMaps.back().get();
 }
 
 } // namespace Tarsel::Effects

@@ -3,8 +3,8 @@
 #include "syntax/Declaration.h"
 #include "syntax/LineMap.h"
 
-#include <deque>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -168,7 +168,9 @@ private:
 	std::vector<std::string> _vWarnings;
 	std::vector<Statement*> _vStatements;
 	std::vector<Expression*> _vExpressions;
-	std::deque<LineMap> _dLineMaps;
+	// Each kept apart, so that the addresses handed out stay valid; few modules keep any, and an empty
+	// vector costs nothing, where an empty deque allocates.
+	std::vector<std::unique_ptr<LineMap>> _vLineMaps;
 };
 
 } // namespace Tarsel::Effects
