@@ -43,12 +43,12 @@ void FunctionNameTable::AddAll(const Batch& names, std::vector<uint32_t>& vNumbe
 void FunctionNameTable::FindAll(const Batch& names, std::vector<uint32_t>& vNumbers) const
 {
 	vNumbers.resize(names.Size());
-	_Pipelined(names, [&](size_t i) { vNumbers[i] = _Probe(names.Name(i), names.Hash(i)).iNumber; });
+	_Pipelined(names, [&](size_t i) { vNumbers[i] = _vSlots[_Probe(names.Name(i), names.Hash(i))].iNumber; });
 }
 
 uint32_t FunctionNameTable::Find(std::string_view sName) const
 {
-	return _Probe(sName, _Hash(sName)).iNumber;
+	return _vSlots[_Probe(sName, _Hash(sName))].iNumber;
 }
 
 std::string_view FunctionNameTable::Name(uint32_t iNumber) const
@@ -62,20 +62,20 @@ uint32_t FunctionNameTable::_Hash(std::string_view sName)
 	return static_cast<uint32_t>(std::hash<std::string_view>()(sName));
 }
 
-const FunctionNameTable::Slot& FunctionNameTable::_Probe(std::string_view sName, uint32_t iHash) const
+size_t FunctionNameTable::_Probe(std::string_view sName, uint32_t iHash) const
 {
 	const size_t nMask = _vSlots.size() - 1;
 	for (size_t i = iHash & nMask;; i = (i + 1) & nMask)
 	{
 		const Slot& slot = _vSlots[i];
 		if (slot.iNumber == kAbsent || (slot.iHash == iHash && Name(slot.iNumber) == sName))
-			return slot;
+			return i;
 	}
 }
 
 uint32_t FunctionNameTable::_Add(std::string_view sName, uint32_t iHash)
 {
-	Slot& slot = const_cast<Slot&>(_Probe(sName, iHash));
+	Slot& slot = _vSlots[_Probe(sName, iHash)];
 	if (slot.iNumber == kAbsent)
 	{
 		slot = Slot{iHash, static_cast<uint32_t>(_vNames.size())};

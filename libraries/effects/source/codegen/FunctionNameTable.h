@@ -63,8 +63,8 @@ private:
 	};
 
 	static uint32_t _Hash(std::string_view sName);
-	// The slot holding the name, or the free slot where it belongs.
-	const Slot& _Probe(std::string_view sName, uint32_t iHash) const;
+	// The index of the slot holding the name, or of the free slot where it belongs.
+	size_t _Probe(std::string_view sName, uint32_t iHash) const;
 	uint32_t _Add(std::string_view sName, uint32_t iHash);
 	void _Grow(size_t nNames);
 	// Calls step(i) for every name in order, having fetched the name's slot a few steps before.
