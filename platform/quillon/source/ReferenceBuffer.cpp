@@ -48,7 +48,7 @@ bool ReferenceBuffer::Respecify(const void* data, size_t bytes, bool orphan)
 	}
 	(void)orphan; // the reference device always hands out fresh memory
 	++_nRespecifies;
-	// Contents are undefined after a re-specification without data; a marker byte makes readers
+	// Contents are undefined after the storage is replaced without data; a marker byte makes readers
 	// that rely on old contents fail visibly.
 	_vBytes.assign(bytes, 0xcd);
 	if (data)

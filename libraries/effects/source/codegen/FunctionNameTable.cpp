@@ -5,31 +5,40 @@
 namespace Tarsel::Effects
 {
 
-void FunctionNameTable::Reset(size_t nExpected)
+void FunctionNameTable::PackedNames::Clear()
 {
-	_vNames.clear();
-	_sNames.clear();
-	_vNames.reserve(nExpected);
-	_vSlots.assign(16, Slot());
-	_Grow(nExpected);
+	_vSpans.clear();
+	_sBytes.clear();
+}
+
+void FunctionNameTable::PackedNames::Add(std::string_view sName)
+{
+	_vSpans.push_back(Span{static_cast<uint32_t>(_sBytes.size()), static_cast<uint32_t>(sName.size())});
+	_sBytes.append(sName);
+}
+
+std::string_view FunctionNameTable::PackedNames::operator[](size_t i) const
+{
+	return std::string_view(_sBytes.data() + _vSpans[i].iBegin, _vSpans[i].nLength);
 }
 
 void FunctionNameTable::Batch::Clear()
 {
-	_vEntries.clear();
-	_sNames.clear();
+	_names.Clear();
+	_vHashes.clear();
 }
 
 void FunctionNameTable::Batch::Add(std::string_view sName)
 {
-	_vEntries.push_back(
-	    Entry{static_cast<uint32_t>(_sNames.size()), static_cast<uint32_t>(sName.size()), _Hash(sName)});
-	_sNames.append(sName);
+	_names.Add(sName);
+	_vHashes.push_back(_Hash(sName));
 }
 
-std::string_view FunctionNameTable::Batch::Name(size_t i) const
+void FunctionNameTable::Reset(size_t nExpected)
 {
-	return std::string_view(_sNames.data() + _vEntries[i].iBegin, _vEntries[i].nLength);
+	_names.Clear();
+	_vSlots.assign(16, Slot());
+	_Grow(nExpected);
 }
 
 void FunctionNameTable::AddAll(const Batch& names, std::vector<uint32_t>& vNumbers)
@@ -49,12 +58,6 @@ void FunctionNameTable::FindAll(const Batch& names, std::vector<uint32_t>& vNumb
 uint32_t FunctionNameTable::Find(std::string_view sName) const
 {
 	return _vSlots[_Probe(sName, _Hash(sName))].iNumber;
-}
-
-std::string_view FunctionNameTable::Name(uint32_t iNumber) const
-{
-	const Span& span = _vNames[iNumber];
-	return std::string_view(_sNames.data() + span.iBegin, span.nLength);
 }
 
 uint32_t FunctionNameTable::_Hash(std::string_view sName)
@@ -78,9 +81,8 @@ uint32_t FunctionNameTable::_Add(std::string_view sName, uint32_t iHash)
 	Slot& slot = _vSlots[_Probe(sName, iHash)];
 	if (slot.iNumber == kAbsent)
 	{
-		slot = Slot{iHash, static_cast<uint32_t>(_vNames.size())};
-		_vNames.push_back(Span{static_cast<uint32_t>(_sNames.size()), static_cast<uint32_t>(sName.size())});
-		_sNames.append(sName);
+		slot = Slot{iHash, static_cast<uint32_t>(_names.Size())};
+		_names.Add(sName);
 	}
 	return slot.iNumber;
 }

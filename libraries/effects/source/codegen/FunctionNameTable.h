@@ -17,6 +17,25 @@ class FunctionNameTable
 public:
 	static constexpr uint32_t kAbsent = UINT32_MAX;
 
+	// Copies of names, packed in one buffer and read back by position.
+	class PackedNames
+	{
+	public:
+		void Clear();
+		void Add(std::string_view sName);
+		size_t Size() const { return _vSpans.size(); }
+		std::string_view operator[](size_t i) const;
+
+	private:
+		struct Span
+		{
+			uint32_t iBegin = 0;
+			uint32_t nLength = 0;
+		};
+		std::vector<Span> _vSpans;
+		std::string _sBytes;
+	};
+
 	// Names to look up together. Each is copied and hashed as it is added, while its node is still in the
 	// cache, so the lookups later read only this batch and the table.
 	class Batch
@@ -24,19 +43,13 @@ public:
 	public:
 		void Clear();
 		void Add(std::string_view sName);
-		size_t Size() const { return _vEntries.size(); }
-		std::string_view Name(size_t i) const;
-		uint32_t Hash(size_t i) const { return _vEntries[i].iHash; }
+		size_t Size() const { return _vHashes.size(); }
+		std::string_view Name(size_t i) const { return _names[i]; }
+		uint32_t Hash(size_t i) const { return _vHashes[i]; }
 
 	private:
-		struct Entry
-		{
-			uint32_t iBegin = 0;
-			uint32_t nLength = 0;
-			uint32_t iHash = 0;
-		};
-		std::vector<Entry> _vEntries;
-		std::string _sNames;
+		PackedNames _names;
+		std::vector<uint32_t> _vHashes;
 	};
 
 	// Empties the table, sized for about nExpected names.
@@ -47,8 +60,8 @@ public:
 	void FindAll(const Batch& names, std::vector<uint32_t>& vNumbers) const;
 	uint32_t Find(std::string_view sName) const;
 
-	size_t Size() const { return _vNames.size(); }
-	std::string_view Name(uint32_t iNumber) const;
+	size_t Size() const { return _names.Size(); }
+	std::string_view Name(uint32_t iNumber) const { return _names[iNumber]; }
 
 private:
 	struct Slot
@@ -56,12 +69,6 @@ private:
 		uint32_t iHash = 0;
 		uint32_t iNumber = kAbsent; // kAbsent marks a free slot
 	};
-	struct Span
-	{
-		uint32_t iBegin = 0;
-		uint32_t nLength = 0;
-	};
-
 	static uint32_t _Hash(std::string_view sName);
 	// The index of the slot holding the name, or of the free slot where it belongs.
 	size_t _Probe(std::string_view sName, uint32_t iHash) const;
@@ -72,8 +79,7 @@ private:
 	void _Pipelined(const Batch& names, Step step) const;
 
 	std::vector<Slot> _vSlots = std::vector<Slot>(16);
-	std::vector<Span> _vNames;
-	std::string _sNames;
+	PackedNames _names; // by number
 };
 
 } // namespace Tarsel::Effects

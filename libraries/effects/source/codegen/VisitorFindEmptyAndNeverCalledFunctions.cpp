@@ -5,8 +5,6 @@
 #include "graph/IReferenceShader.h"
 #include "syntax/Module.h"
 
-#include <functional>
-
 namespace Tarsel::Effects
 {
 
@@ -89,12 +87,15 @@ bool VisitorFindEmptyAndNeverCalledFunctions::_OnRootMethod(FunctionPrototype* p
 
 void VisitorFindEmptyAndNeverCalledFunctions::_CollectPrototypes()
 {
+	// Name and signature in one read of each prototype.
 	std::vector<FunctionPrototype*> vPrototypes;
+	std::vector<std::string> vSignatures;
 	_namesQueried.Clear();
 	for (FunctionPrototype* pPrototype : _pModule->GetFunctionDeclarations())
 		if (pPrototype->GetName())
 		{
 			vPrototypes.push_back(pPrototype);
+			vSignatures.push_back(Signature(pPrototype));
 			_namesQueried.Add(pPrototype->GetName()->GetString());
 		}
 	_names.Reset(vPrototypes.size());
@@ -104,12 +105,11 @@ void VisitorFindEmptyAndNeverCalledFunctions::_CollectPrototypes()
 	for (size_t i = 0; i < vPrototypes.size(); ++i)
 	{
 		Record& stored = _vRecords[_vNumbers[i]];
-		std::string sSignature = Signature(vPrototypes[i]);
 		// Once overloads are seen the name stays kept: one overload's emptiness says nothing of the others.
-		if (stored.pPrototype && stored.sSignature != sSignature)
+		if (stored.pPrototype && stored.sSignature != vSignatures[i])
 			_vMarks[_vNumbers[i]] |= kMark_Keep;
 		stored.pPrototype = vPrototypes[i];
-		stored.sSignature = std::move(sSignature);
+		stored.sSignature = std::move(vSignatures[i]);
 	}
 }
 
