@@ -131,3 +131,35 @@ TEST(ListenerSet, ListenersRemovedDuringNotifyAreNotCalled)
 	EXPECT_EQ(removers[0].nCalls + removers[1].nCalls + removers[2].nCalls, 1);
 	EXPECT_TRUE(set.empty());
 }
+
+namespace
+{
+// Adds a listener the first time it is told.
+struct Adder
+{
+	ListenerSet<FastDelegate0<bool>>* pSet = nullptr;
+	Adder* pNext = nullptr;
+	int nCalls = 0;
+	bool OnEvent()
+	{
+		if (++nCalls == 1 && pNext)
+			pSet->Add(MakeDelegate(pNext, &Adder::OnEvent));
+		return true;
+	}
+};
+} // namespace
+
+TEST(ListenerSet, ListenersAddedDuringNotifyWaitForTheNextOne)
+{
+	ListenerSet<FastDelegate0<bool>> set;
+	std::vector<Adder> adders(2);
+	adders[0] = Adder{&set, &adders[1]};
+	adders[1] = Adder{&set, nullptr};
+	set.Add(MakeDelegate(&adders[0], &Adder::OnEvent));
+	EXPECT_TRUE(set.Notify());
+	EXPECT_EQ(adders[1].nCalls, 0);
+	EXPECT_TRUE(set.Visit());
+	EXPECT_EQ(adders[0].nCalls, 2);
+	EXPECT_EQ(adders[1].nCalls, 1);
+	EXPECT_TRUE(set.Contains(MakeDelegate(&adders[1], &Adder::OnEvent)));
+}

@@ -1,5 +1,7 @@
 #include "GraphTestSupport.h"
 
+#include "codegen/VisitorPrintTsl.h"
+
 #include <cstdlib>
 
 namespace Tarsel::Effects::Testing
@@ -154,6 +156,39 @@ TEST_F(UnusedFunctionTest, MethodsOfAShaderThatIsNotTheRootGoUnderTheirMangledNa
 	std::vector<std::string> calls = Entries(root, graph);
 	calls.push_back(root->GetMethodNameMangled("Touch"));
 	Link(graph, calls);
+	EXPECT_TRUE(reference->Release());
+}
+
+// A graph's program is printed from its shaders' own code, not from copies: what the pass marks for one
+// graph must not show in another graph's program, nor in the next program of the same graph.
+TEST_F(UnusedFunctionTest, MarksOfOneCompileStayOutOfEveryOtherProgram)
+{
+	Load("Hooks.tsl", kHooks);
+	IShader* root = Create("Hooks");
+	IShader* other = Create("Hooks");
+	IGraph* graph = root->GetGraphSurface();
+	IReferenceShader* reference = other->AcquireReference(graph);
+	ASSERT_NE(reference, nullptr);
+	Compile(graph);
+	const std::string shade = other->GetMethodNameMangled("Shade");
+	ASSERT_TRUE(Contains(Text(graph), "never-called function " + shade + "\n")) << Text(graph);
+
+	// In its own graph the other shader is the root: its Shade is an entry point there.
+	IGraph* own = other->GetGraphSurface();
+	Compile(own);
+	EXPECT_TRUE(Contains(Text(own), "void " + shade + "()\n{")) << Text(own);
+	EXPECT_FALSE(Contains(Text(own), "function " + shade)) << Text(own);
+	Link(own, Entries(other, own));
+	{
+		ScopedVariable variable("TZR_DISABLE_EFFECTS_OPTIMIZATIONS", "1");
+		Compile(graph);
+		EXPECT_FALSE(Contains(Text(graph), kRemoved)) << Text(graph);
+	}
+	Module collected;
+	ASSERT_TRUE(other->CollectShader(&collected));
+	VisitorPrintTsl printer(nullptr, nullptr, false);
+	ASSERT_TRUE(printer.Visit(&collected));
+	EXPECT_FALSE(Contains(printer.result(), kRemoved)) << printer.result();
 	EXPECT_TRUE(reference->Release());
 }
 

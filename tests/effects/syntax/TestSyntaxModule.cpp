@@ -290,3 +290,45 @@ TEST(SyntaxModule, DestructionDeletesEveryStringOnce)
 	EXPECT_GT(pModule->GetCountStrings(), 20u);
 	pModule.reset();
 }
+
+TEST(SyntaxModule, BorrowedNodesAreListedButNeverDeletedOrHandedOut)
+{
+	auto pSource = std::make_unique<Module>();
+	TreeBuilder b(pSource.get());
+	pSource->AddFunctionDefinition(b.EveryKind());
+	pSource->AddFunctionDeclaration(b.Proto(kType_Float, "later", {}));
+	pSource->AddClassDefinition(MakeClass(*pSource));
+	InterfaceDefinition* pInterface = pSource->CreateInterfaceDefinition(pSource->CreateString("Surface"));
+	pSource->AddInterfaceDefinition(pInterface);
+	auto pCopy = std::make_unique<Module>();
+	pSource->Clone(pCopy.get());
+
+	{
+		Module borrower;
+		TreeBuilder own(&borrower);
+		borrower.AddFunctionDeclaration(own.Proto(kType_Void, "mine", {}));
+		borrower.Borrow(pSource.get());
+		borrower.Borrow(&borrower); // nothing to lend itself
+		borrower.AddFunctionDeclaration(own.Proto(kType_Void, "mine too", {}));
+		ASSERT_EQ(3u, borrower.GetCountFunctionDeclarations());
+		EXPECT_EQ(pSource->GetFunctionDeclarations()[0], borrower.GetFunctionDeclarations()[1]);
+		EXPECT_EQ(pSource->GetFunctionDefinitions()[0], borrower.GetFunctionDefinition("shade"));
+		EXPECT_EQ(pInterface, borrower.GetInterfaceDefinition("Surface"));
+		EXPECT_FALSE(borrower.RemoveFunctionDefinition(pSource->GetFunctionDefinitions()[0]));
+		EXPECT_FALSE(borrower.RemoveInterfaceDefinition(pInterface));
+		EXPECT_EQ(1u, borrower.GetCountFunctionDefinitions());
+
+		// Its own nodes come and go as before; clearing keeps the borrowed declaration.
+		FunctionPrototype* pMine = borrower.GetFunctionDeclarations()[0];
+		EXPECT_TRUE(borrower.RemoveFunctionDeclaration(pMine));
+		EXPECT_FALSE(borrower.RemoveFunctionDeclaration(pMine));
+		Syntax::Destroy(pMine);
+		borrower.ClearFunctionDeclarations();
+		EXPECT_EQ(0u, borrower.GetCountFunctionDeclarations());
+	}
+	// The source outlives the borrower whole (the sanitizer build sees any node deleted twice).
+	ASSERT_EQ(1u, pSource->GetCountFunctionDeclarations());
+	EXPECT_TRUE(pSource->GetFunctionDefinitions()[0]->Equals(pCopy->GetFunctionDefinitions()[0]));
+	EXPECT_TRUE(pSource->GetClassDefinitions()[0]->Equals(pCopy->GetClassDefinitions()[0]));
+	EXPECT_EQ(pInterface, pSource->GetInterfaceDefinition("Surface"));
+}

@@ -44,7 +44,8 @@ public:
 
 	virtual bool AddListenerDelete(ListenerShader& listener) = 0;
 	virtual bool RemoveListenerDelete(ListenerShader& listener) = 0;
-	// Adds this instance's code, under its own names, to a graph's module.
+	// Adds this instance's code, under its own names, to a graph's module. The module borrows the code (see
+	// Module::Borrow): it must go before the shader changes or is destroyed.
 	virtual bool CollectShader(Module* module) = 0;
 	// Adds the declaration (prototype only) of one method to a module.
 	virtual bool CollectDeclarationMethod(Module* module, const std::string& method) = 0;

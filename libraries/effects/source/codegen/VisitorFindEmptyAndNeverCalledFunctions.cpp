@@ -25,12 +25,11 @@ bool ReturnsVoid(const FunctionPrototype* pPrototype)
 	return pType == nullptr || pType->GetTypeSpecifier() == kType_Void;
 }
 
-void MarkUnlessMarked(FunctionPrototype* pPrototype, FunctionDefinition* pDefinition, Optimization eMark)
+void SetMarks(FunctionPrototype* pPrototype, FunctionDefinition* pDefinition, Optimization eMark)
 {
-	if (pDefinition && pDefinition->GetOptimization() == kOptimization_Kept)
+	if (pDefinition)
 		pDefinition->SetOptimization(eMark);
-	if (pPrototype->GetOptimization() == kOptimization_Kept)
-		pPrototype->SetOptimization(eMark);
+	pPrototype->SetOptimization(eMark);
 }
 
 } // namespace
@@ -43,6 +42,8 @@ VisitorFindEmptyAndNeverCalledFunctions::VisitorFindEmptyAndNeverCalledFunctions
 bool VisitorFindEmptyAndNeverCalledFunctions::Visit(Module* pModule)
 {
 	_pModule = pModule;
+	_vRecordsMarked.clear();
+	_vCallsMarked.clear();
 	_setEntryPoints.clear();
 	_CollectEntryPoints();
 	_CollectPrototypes();
@@ -54,6 +55,16 @@ bool VisitorFindEmptyAndNeverCalledFunctions::Visit(Module* pModule)
 	_MarkCalls();
 	_MarkNeverCalled();
 	return true;
+}
+
+void VisitorFindEmptyAndNeverCalledFunctions::ClearMarks()
+{
+	for (uint32_t iNumber : _vRecordsMarked)
+		SetMarks(_vRecords[iNumber].pPrototype, _vRecords[iNumber].pDefinition, kOptimization_Kept);
+	for (FunctionCall* pCall : _vCallsMarked)
+		pCall->SetOptimization(kOptimization_Kept);
+	_vRecordsMarked.clear();
+	_vCallsMarked.clear();
 }
 
 void VisitorFindEmptyAndNeverCalledFunctions::_CollectEntryPoints()
@@ -140,8 +151,8 @@ void VisitorFindEmptyAndNeverCalledFunctions::_MarkEmpty()
 		if (!vCouldBeEmpty[i] || (_vMarks[iNumber] & kMark_Keep) || _IsEntryPoint(_names.Name(iNumber)))
 			continue;
 		_vMarks[iNumber] |= kMark_Empty;
-		record.pPrototype->SetOptimization(kOptimization_Empty);
-		record.pDefinition->SetOptimization(kOptimization_Empty);
+		SetMarks(record.pPrototype, record.pDefinition, kOptimization_Empty);
+		_vRecordsMarked.push_back(iNumber);
 	}
 }
 
@@ -170,7 +181,10 @@ void VisitorFindEmptyAndNeverCalledFunctions::_MarkCalls()
 		if (iNumber == FunctionNameTable::kAbsent)
 			continue;
 		if (_vMarks[iNumber] & kMark_Empty)
+		{
 			_vCalls[i]->SetOptimization(kOptimization_Empty);
+			_vCallsMarked.push_back(_vCalls[i]);
+		}
 		else
 			_vMarks[iNumber] |= kMark_Keep;
 	}
@@ -179,8 +193,11 @@ void VisitorFindEmptyAndNeverCalledFunctions::_MarkCalls()
 void VisitorFindEmptyAndNeverCalledFunctions::_MarkNeverCalled()
 {
 	for (uint32_t i = 0; i < _vRecords.size(); ++i)
-		if (!(_vMarks[i] & kMark_Keep) && !_IsEntryPoint(_names.Name(i)))
-			MarkUnlessMarked(_vRecords[i].pPrototype, _vRecords[i].pDefinition, kOptimization_NeverCalled);
+		if (!(_vMarks[i] & (kMark_Keep | kMark_Empty)) && !_IsEntryPoint(_names.Name(i)))
+		{
+			SetMarks(_vRecords[i].pPrototype, _vRecords[i].pDefinition, kOptimization_NeverCalled);
+			_vRecordsMarked.push_back(i);
+		}
 }
 
 bool VisitorFindEmptyAndNeverCalledFunctions::_IsEntryPoint(std::string_view sName) const

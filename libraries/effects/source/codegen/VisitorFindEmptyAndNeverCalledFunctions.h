@@ -27,6 +27,10 @@ public:
 
 	// False only when the walk over the calls fails; no never-called mark is made then.
 	bool Visit(Module* pModule) override;
+	// Takes back every mark the last Visit made, while its module lives. A graph's module borrows its
+	// shaders' code, so the marks sit on nodes that other graphs print too; the graph clears them once its
+	// program is printed.
+	void ClearMarks();
 	bool Visit(FunctionCall* pNode, TIParentSyntax<Expression>* pParent) override;
 	// Prototypes hold no calls; on large modules the walk is mostly memory traffic, so they are skipped.
 	bool Visit(FunctionPrototype* pNode) override;
@@ -60,6 +64,8 @@ private:
 	std::vector<Record> _vRecords; // by the name's number
 	std::vector<uint8_t> _vMarks;  // by the name's number
 	std::vector<FunctionCall*> _vCalls;
+	std::vector<uint32_t> _vRecordsMarked;
+	std::vector<FunctionCall*> _vCallsMarked;
 	FunctionNameTable::Batch _namesQueried;
 	std::vector<uint32_t> _vNumbers;
 	std::set<std::string, std::less<>> _setEntryPoints;

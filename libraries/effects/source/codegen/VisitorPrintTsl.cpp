@@ -1,4 +1,5 @@
 #include "codegen/VisitorPrintTsl.h"
+#include "codegen/SortByValue.h"
 
 #include "core/Console.h"
 #include "core/Result.h"
@@ -175,13 +176,6 @@ bool EndsWithOpenIf(const Statement* pStatement)
 		}
 	}
 	return false;
-}
-
-// Stable, so that declarations comparing equal keep the order their producer gave them.
-template <class N>
-void SortByValue(std::vector<N*>& vNodes)
-{
-	std::stable_sort(vNodes.begin(), vNodes.end(), [](const N* pA, const N* pB) { return *pA < *pB; });
 }
 
 } // namespace

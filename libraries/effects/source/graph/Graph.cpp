@@ -407,11 +407,15 @@ bool Graph::_Compile(Result* result)
 		delete module;
 		return false;
 	}
-	_Optimize(module);
+	VisitorFindEmptyAndNeverCalledFunctions optimizer(this);
+	if (!OptimizationsDisabled())
+		optimizer.Visit(module);
 	VisitorPrintTsl printer(result, _pMgrEffects, true);
-	const bool compiled = Timed(profiler, "Graph::_Compile Print", [&] { return printer.Visit(module); }) &&
-	                      Timed(profiler, "Graph::_Compile SetString",
-	                            [&] { return _SetString(printer.result(), printer, result); });
+	const bool printed = Timed(profiler, "Graph::_Compile Print", [&] { return printer.Visit(module); });
+	// The marks sit on the shaders' own code, which other graphs print too.
+	optimizer.ClearMarks();
+	const bool compiled = printed && Timed(profiler, "Graph::_Compile SetString",
+	                                       [&] { return _SetString(printer.result(), printer, result); });
 	if (compiled)
 	{
 		_bCompiled = true;
@@ -475,14 +479,6 @@ void Graph::_CollectForwardDeclarations(Module* module)
 	for (const ClassDefinition* definition : module->GetClassDefinitions())
 		for (const FunctionDefinition* function : definition->GetMemberFunctions())
 			module->AddFunctionDeclaration(function->GetFunctionPrototype()->Clone(module));
-}
-
-bool Graph::_Optimize(Module* module)
-{
-	if (OptimizationsDisabled())
-		return true;
-	VisitorFindEmptyAndNeverCalledFunctions optimizer(this);
-	return optimizer.Visit(module);
 }
 
 bool Graph::_SetString(const std::string& text, const VisitorPrintTsl& printer, Result* result)

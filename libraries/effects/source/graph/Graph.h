@@ -148,7 +148,6 @@ private:
 	bool _CollectConstructorStatic(Module* module);
 	bool _CollectConstructor(Module* module);
 	void _CollectForwardDeclarations(Module* module);
-	bool _Optimize(Module* module);
 	bool _SetString(const std::string& text, const VisitorPrintTsl& printer, Result* result);
 	void _Invalidate();
 	bool _OnChangeStructure();

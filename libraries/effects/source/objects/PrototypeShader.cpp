@@ -578,7 +578,7 @@ bool PrototypeShader::_OnChangeStructureCommon()
 bool PrototypeShader::CollectShader(Module* module)
 {
 	if (_pStatic)
-		_pStatic->Clone(module);
+		module->Borrow(_pStatic);
 	return true;
 }
 

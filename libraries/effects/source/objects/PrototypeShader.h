@@ -123,7 +123,7 @@ public:
 	std::string GetStaticMethodNameMangled(const std::string& name) const;
 	bool AddListenerChangeStructure(ListenerChangeStructure& listener);
 	bool RemoveListenerChangeStructure(ListenerChangeStructure& listener);
-	// Adds the class-wide code to a graph's module.
+	// Lends the class-wide code to a graph's module (see Module::Borrow).
 	bool CollectShader(Module* module);
 
 private:

@@ -232,7 +232,7 @@ bool Shader::CollectShader(Module* module)
 {
 	if (_pModule == nullptr && !_BuildModule(nullptr))
 		return false;
-	_pModule->Clone(module);
+	module->Borrow(_pModule);
 	return true;
 }
 

@@ -14,14 +14,6 @@ namespace
 {
 
 template <class T>
-void DestroyInOrder(std::vector<T*>& vNodes)
-{
-	for (T* pNode : vNodes)
-		Syntax::Destroy(pNode);
-	vNodes.clear();
-}
-
-template <class T>
 bool RemoveFirst(std::vector<T*>& vNodes, T* pNode)
 {
 	auto it = std::find(vNodes.begin(), vNodes.end(), pNode);
@@ -65,17 +57,47 @@ Module::~Module()
 {
 	std::vector<String*> vStrings;
 	vStrings.swap(_vStrings);
-	DestroyInOrder(_vVariableDeclarations);
-	DestroyInOrder(_vFunctionDeclarations);
-	DestroyInOrder(_vFunctionDefinitions);
-	DestroyInOrder(_vStructDefinitions);
-	DestroyInOrder(_vClassDefinitions);
 	_mInterfaces.clear();
-	DestroyInOrder(_vInterfaceDefinitions);
-	DestroyInOrder(_vStatements);
-	DestroyInOrder(_vExpressions);
+	for (Syntax* pNode : _vOwned)
+		Syntax::Destroy(pNode);
 	for (String* pString : vStrings)
 		delete pString;
+}
+
+template <class T>
+bool Module::_Add(std::vector<T*>& vTable, T* pNode)
+{
+	vTable.push_back(pNode);
+	if (pNode)
+		_vOwned.push_back(pNode);
+	return true;
+}
+
+template <class T>
+bool Module::_Remove(std::vector<T*>& vTable, T* pNode)
+{
+	Syntax* pSyntax = pNode;
+	auto it = std::find(_vOwned.rbegin(), _vOwned.rend(), pSyntax);
+	if (pNode == nullptr || it == _vOwned.rend() || !RemoveFirst(vTable, pNode))
+		return false;
+	_vOwned.erase(std::next(it).base());
+	return true;
+}
+
+void Module::Borrow(Module* pSource)
+{
+	if (pSource == nullptr || pSource == this)
+		return;
+	const auto append = [](auto& vTable, const auto& vSource)
+	{ vTable.insert(vTable.end(), vSource.begin(), vSource.end()); };
+	append(_vVariableDeclarations, pSource->_vVariableDeclarations);
+	append(_vFunctionDeclarations, pSource->_vFunctionDeclarations);
+	append(_vFunctionDefinitions, pSource->_vFunctionDefinitions);
+	append(_vStructDefinitions, pSource->_vStructDefinitions);
+	append(_vClassDefinitions, pSource->_vClassDefinitions);
+	append(_vInterfaceDefinitions, pSource->_vInterfaceDefinitions);
+	for (const auto& entry : pSource->_mInterfaces)
+		_mInterfaces[entry.first] = entry.second;
 }
 
 Module* Module::Clone(Module* pTarget) const
@@ -331,37 +353,32 @@ void Module::DestroyString(String*& pString)
 
 bool Module::AddVariableDeclaration(DeclarationStatement* pDeclaration)
 {
-	_vVariableDeclarations.push_back(pDeclaration);
-	return true;
+	return _Add(_vVariableDeclarations, pDeclaration);
 }
 
 bool Module::AddFunctionDeclaration(FunctionPrototype* pPrototype)
 {
-	_vFunctionDeclarations.push_back(pPrototype);
-	return true;
+	return _Add(_vFunctionDeclarations, pPrototype);
 }
 
 bool Module::AddFunctionDefinition(FunctionDefinition* pDefinition)
 {
-	_vFunctionDefinitions.push_back(pDefinition);
-	return true;
+	return _Add(_vFunctionDefinitions, pDefinition);
 }
 
 bool Module::AddStructDefinition(StructDefinition* pDefinition)
 {
-	_vStructDefinitions.push_back(pDefinition);
-	return true;
+	return _Add(_vStructDefinitions, pDefinition);
 }
 
 bool Module::AddClassDefinition(ClassDefinition* pDefinition)
 {
-	_vClassDefinitions.push_back(pDefinition);
-	return true;
+	return _Add(_vClassDefinitions, pDefinition);
 }
 
 bool Module::AddInterfaceDefinition(InterfaceDefinition* pDefinition)
 {
-	_vInterfaceDefinitions.push_back(pDefinition);
+	_Add(_vInterfaceDefinitions, pDefinition);
 	if (pDefinition && pDefinition->GetName())
 		_mInterfaces[pDefinition->GetName()->GetString()] = pDefinition;
 	return true;
@@ -369,44 +386,42 @@ bool Module::AddInterfaceDefinition(InterfaceDefinition* pDefinition)
 
 bool Module::AddStatement(Statement* pStatement)
 {
-	_vStatements.push_back(pStatement);
-	return true;
+	return _Add(_vStatements, pStatement);
 }
 
 bool Module::AddExpression(Expression* pExpression)
 {
-	_vExpressions.push_back(pExpression);
-	return true;
+	return _Add(_vExpressions, pExpression);
 }
 
 bool Module::RemoveVariableDeclaration(DeclarationStatement* pDeclaration)
 {
-	return RemoveFirst(_vVariableDeclarations, pDeclaration);
+	return _Remove(_vVariableDeclarations, pDeclaration);
 }
 
 bool Module::RemoveFunctionDeclaration(FunctionPrototype* pPrototype)
 {
-	return RemoveFirst(_vFunctionDeclarations, pPrototype);
+	return _Remove(_vFunctionDeclarations, pPrototype);
 }
 
 bool Module::RemoveFunctionDefinition(FunctionDefinition* pDefinition)
 {
-	return RemoveFirst(_vFunctionDefinitions, pDefinition);
+	return _Remove(_vFunctionDefinitions, pDefinition);
 }
 
 bool Module::RemoveStructDefinition(StructDefinition* pDefinition)
 {
-	return RemoveFirst(_vStructDefinitions, pDefinition);
+	return _Remove(_vStructDefinitions, pDefinition);
 }
 
 bool Module::RemoveClassDefinition(ClassDefinition* pDefinition)
 {
-	return RemoveFirst(_vClassDefinitions, pDefinition);
+	return _Remove(_vClassDefinitions, pDefinition);
 }
 
 bool Module::RemoveInterfaceDefinition(InterfaceDefinition* pDefinition)
 {
-	if (!RemoveFirst(_vInterfaceDefinitions, pDefinition))
+	if (!_Remove(_vInterfaceDefinitions, pDefinition))
 		return false;
 	// Looked up by pointer: the interface may have been renamed since it was indexed.
 	for (auto it = _mInterfaces.begin(); it != _mInterfaces.end(); ++it)
@@ -449,7 +464,16 @@ InterfaceDefinition* Module::GetInterfaceDefinition(const std::string& sName) co
 
 void Module::ClearFunctionDeclarations()
 {
-	DestroyInOrder(_vFunctionDeclarations);
+	std::vector<Syntax*> vDeclarations(_vFunctionDeclarations.begin(), _vFunctionDeclarations.end());
+	_vFunctionDeclarations.clear();
+	std::sort(vDeclarations.begin(), vDeclarations.end());
+	const auto declaration = [&](Syntax* pNode)
+	{ return std::binary_search(vDeclarations.begin(), vDeclarations.end(), pNode); };
+	const auto owned = std::stable_partition(_vOwned.begin(), _vOwned.end(),
+	                                         [&](Syntax* pNode) { return !declaration(pNode); });
+	for (auto it = owned; it != _vOwned.end(); ++it)
+		Syntax::Destroy(*it);
+	_vOwned.erase(owned, _vOwned.end());
 }
 
 const LineMap* Module::KeepLineMap(const LineMap& map)

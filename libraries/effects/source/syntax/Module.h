@@ -11,8 +11,8 @@
 namespace Tarsel::Effects
 {
 
-// Root of one parsed library or one generated program. Owns every node in its tables and every string
-// made by CreateString until a node that refers to it destroys it.
+// Root of one parsed library or one generated program. Owns every node in its tables, except those it
+// borrowed, and every string made by CreateString until a node that refers to it destroys it.
 class Module : public Syntax
 {
 public:
@@ -26,6 +26,10 @@ public:
 	virtual Class GetClass() const { return ClassStatic(); }
 	// Merges copies of this module's declarations into the target and returns the target.
 	virtual Module* Clone(Module* pTarget) const;
+	// Appends the source's declarations and definitions to this module's tables without copying them, as a
+	// graph collects the code of its shaders. This module walks and prints them but neither deletes them
+	// nor hands them out through Remove: the source must outlive this module and stay unchanged meanwhile.
+	void Borrow(Module* pSource);
 	virtual bool AcceptVisitor(Visitor* pVisitor) const;
 	virtual bool AcceptVisitor(Visitor* pVisitor);
 
@@ -156,7 +160,15 @@ public:
 	const LineMap* KeepLineMap(const LineMap& map);
 
 private:
+	template <class T>
+	bool _Add(std::vector<T*>& vTable, T* pNode);
+	template <class T>
+	bool _Remove(std::vector<T*>& vTable, T* pNode);
+
 	std::vector<String*> _vStrings;
+	// The nodes of the tables that this module deletes, in the order they were added; the rest are
+	// borrowed.
+	std::vector<Syntax*> _vOwned;
 	std::vector<DeclarationStatement*> _vVariableDeclarations;
 	std::vector<FunctionPrototype*> _vFunctionDeclarations;
 	std::vector<FunctionDefinition*> _vFunctionDefinitions;

@@ -2,10 +2,11 @@
 
 #include "core/Assert.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <functional>
-#include <set>
+#include <vector>
 
 namespace Tarsel
 {
@@ -115,46 +116,77 @@ class ListenerSet
 public:
 	bool Add(const D& delegate)
 	{
-		_setDelegates.insert(delegate);
+		auto it = std::lower_bound(_vDelegates.begin(), _vDelegates.end(), delegate);
+		if (it == _vDelegates.end() || delegate < *it)
+		{
+			_vDelegates.insert(it, delegate);
+			++_nChanges;
+		}
 		return true;
 	}
 	bool Remove(const D& delegate)
 	{
-		_setDelegates.erase(delegate);
+		auto it = std::lower_bound(_vDelegates.begin(), _vDelegates.end(), delegate);
+		if (it != _vDelegates.end() && !(delegate < *it))
+		{
+			_vDelegates.erase(it);
+			++_nChanges;
+		}
 		return true;
 	}
-	bool Contains(const D& delegate) const { return _setDelegates.count(delegate) != 0; }
+	bool Contains(const D& delegate) const
+	{
+		return std::binary_search(_vDelegates.begin(), _vDelegates.end(), delegate);
+	}
 
 	// Stops at the first listener that answers false and answers false; an empty set answers true.
 	template <class... Args>
 	bool Notify(Args&&... args) const
 	{
-		const std::set<D> setSnapshot = _setDelegates;
-		for (const D& delegate : setSnapshot)
-			if (Contains(delegate) && !delegate(args...))
-				return false;
-		return true;
+		bool bResult = true;
+		_Call([&](const D& delegate) { return bResult = delegate(args...); });
+		return bResult;
 	}
 
 	// Calls every listener and answers the AND of the answers.
 	template <class... Args>
 	bool Visit(Args&&... args) const
 	{
-		const std::set<D> setSnapshot = _setDelegates;
 		bool bResult = true;
-		for (const D& delegate : setSnapshot)
-			if (Contains(delegate))
-				bResult = delegate(args...) && bResult;
+		_Call(
+		    [&](const D& delegate)
+		    {
+			    bResult = delegate(args...) && bResult;
+			    return true;
+		    });
 		return bResult;
 	}
 
-	void clear() { _setDelegates.clear(); }
-	size_t size() const { return _setDelegates.size(); }
-	bool empty() const { return _setDelegates.empty(); }
-	typename std::set<D>::const_iterator begin() const { return _setDelegates.begin(); }
-	typename std::set<D>::const_iterator end() const { return _setDelegates.end(); }
+	void clear()
+	{
+		_vDelegates.clear();
+		++_nChanges;
+	}
+	size_t size() const { return _vDelegates.size(); }
+	bool empty() const { return _vDelegates.empty(); }
+	typename std::vector<D>::const_iterator begin() const { return _vDelegates.begin(); }
+	typename std::vector<D>::const_iterator end() const { return _vDelegates.end(); }
 
 private:
-	std::set<D> _setDelegates;
+	// Calls the listeners present when the call began, in order, while call answers true. A listener may
+	// add or remove listeners: those removed meanwhile are skipped, those added wait for the next call.
+	template <class F>
+	void _Call(F call) const
+	{
+		const std::vector<D> vSnapshot = _vDelegates;
+		const size_t nChanges = _nChanges;
+		for (const D& delegate : vSnapshot)
+			if ((_nChanges == nChanges || Contains(delegate)) && !call(delegate))
+				return;
+	}
+
+	// Sorted, so that listeners are called in the same order on every run.
+	std::vector<D> _vDelegates;
+	size_t _nChanges = 0;
 };
 } // namespace Tarsel
