@@ -2,6 +2,7 @@
 
 #include "codegen/VisitorPrintTsl.h"
 #include "objects/ParameterInterfaceArray.h"
+#include "objects/PrototypeShader.h"
 
 namespace Tarsel::Effects::Testing
 {
@@ -38,6 +39,8 @@ class Probed : Probe
 class Probing { input Probe probes[]; }
 class Lamp : Light { vec3 Emit(vec3 P) { return P; } float Power() { return 1.0; } static float Scale() { return 2.0; } }
 class Lamps { input Lamp lamps[]; }
+class Shadowed { input vec3 P = vec3(1.0); input Light lights[]; vec3 First() { return lights[0].Emit(P); } }
+class Shared { static input Light lamps[]; static vec3 Sum(vec3 Q) { return lamps[0].Emit(Q); } }
 )";
 
 class InterfaceCodeTest : public ShaderTest
@@ -221,6 +224,37 @@ TEST_F(InterfaceCodeTest, AnArrayOfAClassDispatchesEveryInstanceMethod)
 	EXPECT_NE(Function(text, "vec3 " + Dispatch(lamps, "lamps", "Emit")), "") << text;
 	EXPECT_NE(Function(text, "float " + Dispatch(lamps, "lamps", "Power")), "");
 	EXPECT_EQ(text.find(Dispatch(lamps, "lamps", "Scale")), std::string::npos);
+}
+
+// Dispatch functions are made after the owner's code is rewritten: an input named like a parameter of the
+// interface's method leaves them alone, and class-wide arrays get theirs in the class-wide code.
+TEST_F(InterfaceCodeTest, DispatchFunctionsAreNotRewrittenWithTheOwnersCode)
+{
+	IShader* shadowed = Connected("Shadowed", "lights", {"Spot"});
+	IShader* element = nullptr;
+	ASSERT_TRUE(shadowed->GetParameter("lights")->Get(element, 0));
+	const std::string text = Print(shadowed);
+	const std::string dispatch = Function(text, "vec3 " + Dispatch(shadowed, "lights", "Emit"));
+	EXPECT_NE(dispatch.find(element->GetMethodNameMangled("Emit") + "(P);"), std::string::npos) << text;
+	EXPECT_NE(Function(text, "vec3 " + shadowed->GetMethodNameMangled("First")).find("(0, P_"),
+	          std::string::npos)
+	    << text;
+
+	auto* shared = dynamic_cast<PrototypeShader*>(mgr.GetPrototypeShader("Shared", nullptr));
+	ASSERT_NE(shared, nullptr);
+	IShader* lamps[] = {Create("Spot"), Create("Point")};
+	ASSERT_TRUE(shared->GetParameter("lamps")->SetLength(2));
+	ASSERT_TRUE(shared->SetParameter("lamps", lamps, 2));
+	Module module;
+	ASSERT_TRUE(shared->CollectShader(&module));
+	VisitorPrintTsl printer(nullptr, &mgr, false);
+	ASSERT_TRUE(printer.Visit(&module));
+	const std::string sharedText = printer.result();
+	auto* array = dynamic_cast<ParameterInterfaceArray*>(shared->GetParameter("lamps"));
+	ASSERT_NE(array, nullptr);
+	const std::string sharedDispatch = Function(sharedText, "vec3 " + array->GetNameDispatch("Emit"));
+	EXPECT_NE(sharedDispatch.find(lamps[1]->GetMethodNameMangled("Emit") + "(P);"), std::string::npos)
+	    << sharedText;
 }
 
 } // namespace

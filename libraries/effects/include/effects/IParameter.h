@@ -46,6 +46,9 @@ public:
 
 	virtual bool CollectConstructor(CompoundStatement* pBody) = 0;
 	virtual bool CollectShader(Module* pModule) = 0;
+	// Adds code that the parameter generates whole, once the owner's code has been rewritten: no rewriting
+	// applies to it, and the rewriting walks stay the size of the class's own code.
+	virtual bool CollectShaderGenerated(Module* pModule) = 0;
 	virtual bool VisitTransformations(VisitorTransformation& delegate) = 0;
 
 	virtual bool IsComplete() const = 0;

@@ -50,6 +50,10 @@ public:
 	{
 		return _pParameter && _pParameter->CollectShader(pModule);
 	}
+	bool CollectShaderGenerated(Module* pModule) override
+	{
+		return _pParameter && _pParameter->CollectShaderGenerated(pModule);
+	}
 	bool VisitTransformations(VisitorTransformation& delegate) override
 	{
 		return _pParameter && _pParameter->VisitTransformations(delegate);

@@ -20,6 +20,7 @@ public:
 		return _setListenersChangeStructure.Remove(listener);
 	}
 	IReferenceParameter* CreateReference(IGraph* pGraph) override;
+	bool CollectShaderGenerated(Module*) override { return true; }
 	bool DestroyReference(IReferenceParameter* pReference) override;
 
 protected:

@@ -263,8 +263,12 @@ bool ParameterInterfaceArray::SetLength(int nLength)
 
 bool ParameterInterfaceArray::CollectShader(Module* pModule)
 {
-	return AddUniformDeclaration(pModule, pModule->CreateType(kType_Int), _sNameCount) &&
-	       _CreateFunctionsSwitch(pModule);
+	return AddUniformDeclaration(pModule, pModule->CreateType(kType_Int), _sNameCount);
+}
+
+bool ParameterInterfaceArray::CollectShaderGenerated(Module* pModule)
+{
+	return _CreateFunctionsSwitch(pModule);
 }
 
 std::vector<const FunctionPrototype*> ParameterInterfaceArray::_GetMethods() const

@@ -40,6 +40,8 @@ public:
 
 	// The count uniform, and a dispatch function with the declarations it calls for every method.
 	bool CollectShader(Module* pModule) override;
+	// The dispatch functions.
+	bool CollectShaderGenerated(Module* pModule) override;
 	bool VisitTransformations(VisitorTransformation& delegate) override;
 	bool IsArray() const override { return true; }
 	bool SetLength(int nLength) override;

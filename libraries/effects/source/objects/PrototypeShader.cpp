@@ -408,6 +408,8 @@ bool PrototypeShader::_InitStatic(Result* result)
 		built = it->second->CollectShader(module);
 	for (auto it = _mMembers.begin(); built && it != _mMembers.end(); ++it)
 		built = it->second->CollectShader(module);
+	for (auto it = _mParameters.begin(); built && it != _mParameters.end(); ++it)
+		built = it->second->CollectShaderGenerated(module);
 	if (!built)
 	{
 		delete module;

@@ -163,6 +163,8 @@ bool Shader::_BuildModule(Result*)
 	ModuleTransformer transformer(module);
 	built = built && transformer.ApplyAll(_mParameters) && transformer.ApplyAll(_mMembers) &&
 	        transformer.ApplyAll(_mCoords);
+	for (auto it = _mParameters.begin(); built && it != _mParameters.end(); ++it)
+		built = it->second->CollectShaderGenerated(module);
 	if (!built)
 	{
 		delete module;
