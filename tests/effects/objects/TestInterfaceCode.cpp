@@ -2,6 +2,7 @@
 
 #include "codegen/VisitorPrintTsl.h"
 #include "objects/ParameterInterfaceArray.h"
+#include "objects/ParameterValue.h"
 #include "objects/PrototypeShader.h"
 
 namespace Tarsel::Effects::Testing
@@ -25,6 +26,7 @@ class Loops
 	vec3 Constant(vec3 P) { vec3 c; for (int i = 0; i < lights.length; ++i) c += lights[0].Emit(P); return c; }
 	vec3 Skips(vec3 P) { vec3 c; for (int i = 0; i < lights.length; ++i) { if (c.x > 1.0) continue; c += lights[i].Emit(P); } return c; }
 	int Count() { return lights.length; }
+	vec3 Last(vec3 P) { return lights[lights.length - 1].Emit(P * float(lights.length)); }
 }
 class Whole { input Light lights[]; vec3 Emit(vec3 P) { return lights.Emit(P); } }
 class Sized { input Light lights[]; int Size() { return lights.size; } }
@@ -39,6 +41,13 @@ class Probed : Probe
 class Probing { input Probe probes[]; }
 class Lamp : Light { vec3 Emit(vec3 P) { return P; } float Power() { return 1.0; } static float Scale() { return 2.0; } }
 class Lamps { input Lamp lamps[]; }
+class Weighted
+{
+	input Light lights[];
+	input int pick = 0;
+	input float gain = 2.0;
+	vec3 Sum(vec3 P) { vec3 c; for (int i = 0; i < lights.length; ++i) { c += lights[i].Emit(P) * gain; } return c + lights[pick].Emit(P); }
+}
 class Shadowed { input vec3 P = vec3(1.0); input Light lights[]; vec3 First() { return lights[0].Emit(P); } }
 class Shared { static input Light lamps[]; static vec3 Sum(vec3 Q) { return lamps[0].Emit(Q); } }
 )";
@@ -168,6 +177,13 @@ TEST_F(InterfaceCodeTest, ThreeConnectedShadersPrintWithTheirDispatchAndUnrolled
 		EXPECT_NE(kept.find(dispatch + "("), std::string::npos) << method << "\n" << kept;
 		EXPECT_EQ(kept.find(emit[1]), std::string::npos) << method << "\n" << kept;
 	}
+	// A length in the index and in the arguments of a dispatched call: both become the count uniform.
+	const std::string count =
+	    dynamic_cast<ParameterInterfaceArray*>(loops->GetParameter("lights"))->GetNameCount();
+	EXPECT_NE(Function(text, "vec3 " + loops->GetMethodNameMangled("Last"))
+	              .find(dispatch + "((" + count + "-1), (P*float(" + count + ")))"),
+	          std::string::npos)
+	    << text;
 	const std::string constructor = Function(text, "void " + loops->GetConstructor());
 	EXPECT_LT(constructor.find(elements[0]->GetConstructor()),
 	          constructor.find(elements[1]->GetConstructor()));
@@ -224,6 +240,19 @@ TEST_F(InterfaceCodeTest, AnArrayOfAClassDispatchesEveryInstanceMethod)
 	EXPECT_NE(Function(text, "vec3 " + Dispatch(lamps, "lamps", "Emit")), "") << text;
 	EXPECT_NE(Function(text, "float " + Dispatch(lamps, "lamps", "Power")), "");
 	EXPECT_EQ(text.find(Dispatch(lamps, "lamps", "Scale")), std::string::npos);
+}
+
+// Values are renamed before the loops are unrolled: every copy and the dispatched index use the uniforms.
+TEST_F(InterfaceCodeTest, InputsUsedBesideTheArrayAreRenamedInEveryCopy)
+{
+	IShader* weighted = Connected("Weighted", "lights", {"Spot", "Point", "Spot"});
+	const std::string text = Print(weighted);
+	const std::string sum = Function(text, "vec3 " + weighted->GetMethodNameMangled("Sum"));
+	const auto uniform = [&](const char* name)
+	{ return dynamic_cast<ParameterValue*>(weighted->GetParameter(name))->GetNameMangled(); };
+	EXPECT_EQ(Count(sum, "(P)*" + uniform("gain") + ")"), 3) << sum;
+	EXPECT_EQ(Count(sum, Dispatch(weighted, "lights", "Emit") + "(" + uniform("pick") + ", P)"), 1) << sum;
+	EXPECT_EQ(sum.find("gain;"), std::string::npos) << sum;
 }
 
 // Dispatch functions are made after the owner's code is rewritten: an input named like a parameter of the

@@ -16,14 +16,19 @@ public:
 
 	bool Run(Class, Visitor* visitor) { return visitor && _pModule->AcceptVisitor(visitor); }
 
-	// Every object of the map, in key order; the first refusal stops.
+	// Every object of the map that the filter takes, in key order; the first refusal stops.
+	template <class Map, class Filter>
+	bool ApplyAll(const Map& objects, Filter take)
+	{
+		for (const auto& entry : objects)
+			if (take(entry.second) && !entry.second->VisitTransformations(_delegate))
+				return false;
+		return true;
+	}
 	template <class Map>
 	bool ApplyAll(const Map& objects)
 	{
-		for (const auto& entry : objects)
-			if (!entry.second->VisitTransformations(_delegate))
-				return false;
-		return true;
+		return ApplyAll(objects, [](const auto*) { return true; });
 	}
 
 private:

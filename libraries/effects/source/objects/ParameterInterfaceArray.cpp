@@ -383,12 +383,12 @@ bool ParameterInterfaceArray::VisitTransformations(VisitorTransformation& delega
 {
 	TVisitorSyntaxDelegate<ForStatement, TIParentSyntax<Statement>> loops(
 	    MakeDelegate(this, &ParameterInterfaceArray::_UnrollLoop));
-	TVisitorSyntaxDelegate<FunctionSelection, TIParentSyntax<Expression>> selections(
-	    MakeDelegate(this, &ParameterInterfaceArray::_ReplaceReference));
-	TVisitorSyntaxDelegate<FieldSelection, TIParentSyntax<Expression>> fields(
+	// Loops first: unrolling needs the element calls as written. Calls and lengths are then rewritten in
+	// one walk, which meets a length inside a call's arguments before the call itself.
+	TVisitorSyntaxDelegatePair<FunctionSelection, FieldSelection, TIParentSyntax<Expression>> references(
+	    MakeDelegate(this, &ParameterInterfaceArray::_ReplaceReference),
 	    MakeDelegate(this, &ParameterInterfaceArray::_ReplaceReferenceLength));
-	return delegate(kClass_FunctionSelection, &loops) && delegate(kClass_FunctionSelection, &selections) &&
-	       delegate(kClass_FieldSelection, &fields);
+	return delegate(kClass_FunctionSelection, &loops) && delegate(kClass_FunctionSelection, &references);
 }
 
 bool ParameterInterfaceArray::_UnrollLoop(ForStatement* pLoop, TIParentSyntax<Statement>* pParent)

@@ -160,9 +160,14 @@ bool Shader::_BuildModule(Result*)
 		built = it->second->CollectShader(module);
 	for (auto it = _mMembers.begin(); built && it != _mMembers.end(); ++it)
 		built = it->second->CollectShader(module);
+	// Interface inputs last: unrolling multiplies the code that every later rewriting walk would cross, and
+	// renaming commutes with their rewriting.
+	const auto interface = [](const IParameter* parameter)
+	{ return parameter->GetClass() == IParameter::kParameterClass_Interface; };
+	const auto other = [&](const IParameter* parameter) { return !interface(parameter); };
 	ModuleTransformer transformer(module);
-	built = built && transformer.ApplyAll(_mParameters) && transformer.ApplyAll(_mMembers) &&
-	        transformer.ApplyAll(_mCoords);
+	built = built && transformer.ApplyAll(_mParameters, other) && transformer.ApplyAll(_mMembers) &&
+	        transformer.ApplyAll(_mCoords) && transformer.ApplyAll(_mParameters, interface);
 	for (auto it = _mParameters.begin(); built && it != _mParameters.end(); ++it)
 		built = it->second->CollectShaderGenerated(module);
 	if (!built)

@@ -28,6 +28,37 @@ private:
 	Delegate _delegate;
 };
 
+// As TVisitorSyntaxDelegate for two node classes, so that two independent rewritings share one walk: on
+// generated code of thousands of statements every walk is a trip through memory.
+template <class N1, class N2, class P>
+class TVisitorSyntaxDelegatePair : public Visitor
+{
+public:
+	using Delegate1 = FastDelegate2<N1*, P*, bool>;
+	using Delegate2 = FastDelegate2<N2*, P*, bool>;
+
+	TVisitorSyntaxDelegatePair(const Delegate1& first, const Delegate2& second)
+	    : _first(first), _second(second)
+	{
+	}
+
+	using Visitor::Visit;
+	bool Visit(N1* pNode, P* pParent) override
+	{
+		Visitor::Visit(pNode, pParent);
+		return _first(pNode, pParent);
+	}
+	bool Visit(N2* pNode, P* pParent) override
+	{
+		Visitor::Visit(pNode, pParent);
+		return _second(pNode, pParent);
+	}
+
+private:
+	Delegate1 _first;
+	Delegate2 _second;
+};
+
 template <class N, class P>
 class TVisitorSyntaxConstDelegate : public Visitor
 {
