@@ -65,5 +65,39 @@ TEST(UnusedFunctions, OnlyWhatIsProvablyUnusedIsMarked)
 	EXPECT_EQ(valued.Text(), "000");
 }
 
+// The pass reads calls from the module's list; a call made by another module and put into this tree is a
+// bug in the code that built it, which debug builds stop at rather than let its function go.
+TEST(UnusedFunctionsDeathTest, ACallMadeByAnotherModuleStopsDebugBuilds)
+{
+	Tree t;
+	Module other;
+	t.Define(t.Proto(kType_Void, "work"), {t.E(t.V("x"))});
+	t.Define(t.Proto(kType_Void, "caller"), {t.E(other.CreateFunctionCall(t.m->CreateString("work")))});
+	VisitorFindEmptyAndNeverCalledFunctions optimizer(nullptr);
+	EXPECT_DEBUG_DEATH(optimizer.Visit(t.m.get()), "call outside its module's list");
+}
+
+// Marks taken back leave every node as the pass found it, so that code shared with other programs prints
+// whole there.
+TEST(UnusedFunctions, ClearingTakesEveryMarkBack)
+{
+	Tree t;
+	FunctionDefinition* pEmpty = t.Define(t.Proto(kType_Void, "empty"), {});
+	FunctionDefinition* pIdle = t.Define(t.Proto(kType_Void, "idle"), {t.E(t.Call("empty"))});
+	for (FunctionDefinition* pDefinition : {pEmpty, pIdle})
+		t.m->AddFunctionDeclaration(pDefinition->GetFunctionPrototype()->Clone(t.m.get()));
+	VisitorFindEmptyAndNeverCalledFunctions optimizer(nullptr);
+	ASSERT_TRUE(optimizer.Visit(t.m.get()));
+	ASSERT_EQ(pEmpty->GetOptimization(), kOptimization_Empty);
+	ASSERT_EQ(pIdle->GetOptimization(), kOptimization_NeverCalled);
+	optimizer.ClearMarks();
+	for (const FunctionDefinition* pDefinition : t.m->GetFunctionDefinitions())
+		EXPECT_EQ(pDefinition->GetOptimization(), kOptimization_Kept);
+	for (const FunctionPrototype* pDeclaration : t.m->GetFunctionDeclarations())
+		EXPECT_EQ(pDeclaration->GetOptimization(), kOptimization_Kept);
+	for (const FunctionCall* pCall : t.m->GetFunctionCalls())
+		EXPECT_EQ(pCall->GetOptimization(), kOptimization_Kept);
+}
+
 } // namespace
 } // namespace Tarsel::Effects::Testing

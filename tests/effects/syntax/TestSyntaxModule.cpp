@@ -332,3 +332,30 @@ TEST(SyntaxModule, BorrowedNodesAreListedButNeverDeletedOrHandedOut)
 	EXPECT_TRUE(pSource->GetClassDefinitions()[0]->Equals(pCopy->GetClassDefinitions()[0]));
 	EXPECT_EQ(pInterface, pSource->GetInterfaceDefinition("Surface"));
 }
+
+TEST(SyntaxModule, ListsEveryCallItMadeUntilTheCallGoes)
+{
+	Module m;
+	TreeBuilder b(&m);
+	FunctionDefinition* pFunction = b.EveryKind();
+	const size_t nInFunction = m.GetFunctionCalls().size();
+	EXPECT_GT(nInFunction, 0u);
+	FunctionCall* pLoose = b.Call("loose", {b.Call("inner", {})});
+	EXPECT_EQ(nInFunction + 2, m.GetFunctionCalls().size());
+	Syntax::Destroy(pLoose);
+	ASSERT_EQ(nInFunction, m.GetFunctionCalls().size());
+	for (const FunctionCall* pCall : m.GetFunctionCalls())
+		EXPECT_EQ(&m, pCall->GetModule());
+
+	// A clone lists its calls in the module it is made for; borrowing lists none twice.
+	Module other;
+	FunctionDefinition* pClone = pFunction->Clone(&other);
+	EXPECT_EQ(nInFunction, other.GetFunctionCalls().size());
+	EXPECT_EQ(nInFunction, m.GetFunctionCalls().size());
+	m.AddFunctionDefinition(pFunction);
+	other.Borrow(&m);
+	EXPECT_EQ(nInFunction, other.GetFunctionCalls().size());
+	ASSERT_EQ(1u, other.GetBorrowedModules().size());
+	Syntax::Destroy(pClone);
+	EXPECT_TRUE(other.GetFunctionCalls().empty());
+}

@@ -4,6 +4,11 @@
 #include "graph/IGraph.h"
 #include "graph/IReferenceShader.h"
 #include "syntax/Module.h"
+#include "syntax/VisitorDelegate.h"
+
+#include "core/Assert.h"
+
+#include <cstdlib>
 
 namespace Tarsel::Effects
 {
@@ -32,6 +37,46 @@ void SetMarks(FunctionPrototype* pPrototype, FunctionDefinition* pDefinition, Op
 	pPrototype->SetOptimization(eMark);
 }
 
+void Fetch(const void* p)
+{
+	if (p)
+		__builtin_prefetch(p);
+}
+
+// Runs step over every node of a list, fetching the node kFar places ahead, what the node kNear places
+// ahead points to (near) and what that points to kNearest places ahead (nearest). A large module's nodes lie
+// far apart, and their misses then overlap instead of queueing one behind the other.
+constexpr size_t kFar = 48, kNear = 24, kNearest = 12;
+
+template <class T, class Near, class Nearest, class Step>
+void FetchingAhead(const std::vector<T*>& vNodes, Near near, Nearest nearest, Step step)
+{
+	const size_t n = vNodes.size();
+	for (size_t i = 0; i < n; ++i)
+	{
+		if (i + kFar < n)
+			Fetch(vNodes[i + kFar]);
+		if (i + kNear < n)
+			near(vNodes[i + kNear]);
+		if (i + kNearest < n)
+			nearest(vNodes[i + kNearest]);
+		step(vNodes[i], i);
+	}
+}
+
+void FetchPrototype(const FunctionPrototype* pPrototype)
+{
+	Fetch(pPrototype->GetName());
+	Fetch(pPrototype->GetReturnType());
+	Fetch(pPrototype->GetParameters().data());
+}
+
+void FetchParameters(const FunctionPrototype* pPrototype)
+{
+	for (const FunctionParameter* pParameter : pPrototype->GetParameters())
+		Fetch(pParameter);
+}
+
 } // namespace
 
 VisitorFindEmptyAndNeverCalledFunctions::VisitorFindEmptyAndNeverCalledFunctions(IGraph* pGraph)
@@ -50,8 +95,10 @@ bool VisitorFindEmptyAndNeverCalledFunctions::Visit(Module* pModule)
 	_MarkEmpty();
 	_vCalls.clear();
 	_namesQueried.Clear();
-	if (!Visitor::Visit(pModule))
-		return false;
+	_CollectCalls(pModule);
+	for (const Module* pBorrowed : pModule->GetBorrowedModules())
+		_CollectCalls(pBorrowed);
+	_CheckCallsListed();
 	_MarkCalls();
 	_MarkNeverCalled();
 	return true;
@@ -102,13 +149,15 @@ void VisitorFindEmptyAndNeverCalledFunctions::_CollectPrototypes()
 	std::vector<FunctionPrototype*> vPrototypes;
 	std::vector<std::string> vSignatures;
 	_namesQueried.Clear();
-	for (FunctionPrototype* pPrototype : _pModule->GetFunctionDeclarations())
-		if (pPrototype->GetName())
-		{
-			vPrototypes.push_back(pPrototype);
-			vSignatures.push_back(Signature(pPrototype));
-			_namesQueried.Add(pPrototype->GetName()->GetString());
-		}
+	FetchingAhead(_pModule->GetFunctionDeclarations(), FetchPrototype, FetchParameters,
+	              [&](FunctionPrototype* pPrototype, size_t)
+	              {
+		              if (pPrototype->GetName() == nullptr)
+			              return;
+		              vPrototypes.push_back(pPrototype);
+		              vSignatures.push_back(Signature(pPrototype));
+		              _namesQueried.Add(pPrototype->GetName()->GetString());
+	              });
 	_names.Reset(vPrototypes.size());
 	_names.AddAll(_namesQueried, _vNumbers);
 	_vRecords.assign(_names.Size(), Record());
@@ -130,16 +179,24 @@ void VisitorFindEmptyAndNeverCalledFunctions::_MarkEmpty()
 	// One read of each definition: a large module's nodes are not in the cache a second time.
 	std::vector<bool> vCouldBeEmpty(vDefinitions.size());
 	_namesQueried.Clear();
-	for (size_t i = 0; i < vDefinitions.size(); ++i)
+	const auto near = [](const FunctionDefinition* pDefinition)
 	{
-		const FunctionPrototype* pPrototype = vDefinitions[i]->GetFunctionPrototype();
-		const CompoundStatement* pBody = vDefinitions[i]->GetCompoundStatement();
-		const String* pName = pPrototype->GetName();
-		_namesQueried.Add(pName ? std::string_view(pName->GetString()) : std::string_view());
-		// A call of a function that returns a value sits inside an expression, where a comment cannot
-		// stand in for it, so only void functions count as empty.
-		vCouldBeEmpty[i] = pBody && pBody->GetCountStatements() == 0 && ReturnsVoid(pPrototype);
-	}
+		Fetch(pDefinition->GetFunctionPrototype());
+		Fetch(pDefinition->GetCompoundStatement());
+	};
+	const auto nearest = [](const FunctionDefinition* pDefinition)
+	{ FetchPrototype(pDefinition->GetFunctionPrototype()); };
+	FetchingAhead(vDefinitions, near, nearest,
+	              [&](const FunctionDefinition* pDefinition, size_t i)
+	              {
+		              const FunctionPrototype* pPrototype = pDefinition->GetFunctionPrototype();
+		              const CompoundStatement* pBody = pDefinition->GetCompoundStatement();
+		              const String* pName = pPrototype->GetName();
+		              _namesQueried.Add(pName ? std::string_view(pName->GetString()) : std::string_view());
+		              // A call of a function that returns a value sits inside an expression, where a comment
+		              // cannot stand in for it, so only void functions count as empty.
+		              vCouldBeEmpty[i] = pBody && pBody->GetCountStatements() == 0 && ReturnsVoid(pPrototype);
+	              });
 	_names.FindAll(_namesQueried, _vNumbers);
 	for (size_t i = 0; i < vDefinitions.size(); ++i)
 	{
@@ -156,20 +213,42 @@ void VisitorFindEmptyAndNeverCalledFunctions::_MarkEmpty()
 	}
 }
 
-bool VisitorFindEmptyAndNeverCalledFunctions::Visit(FunctionCall* pNode, TIParentSyntax<Expression>* pParent)
+// A call made by the module but not in its tree only keeps its function: the error is on the safe side.
+void VisitorFindEmptyAndNeverCalledFunctions::_CollectCalls(const Module* pModule)
 {
-	// Looked up together after the walk.
-	if (pNode->GetName())
-	{
-		_vCalls.push_back(pNode);
-		_namesQueried.Add(pNode->GetName()->GetString());
-	}
-	return Visitor::Visit(pNode, pParent);
+	FetchingAhead(
+	    pModule->GetFunctionCalls(), [](const FunctionCall* pCall) { Fetch(pCall->GetName()); },
+	    [](const FunctionCall*) {},
+	    [&](FunctionCall* pCall, size_t)
+	    {
+		    if (pCall->GetName() == nullptr)
+			    return;
+		    _vCalls.push_back(pCall);
+		    _namesQueried.Add(pCall->GetName()->GetString());
+	    });
 }
 
-bool VisitorFindEmptyAndNeverCalledFunctions::Visit(FunctionPrototype*)
+// A call in the tree that no list holds would let its function go while the program still calls it. Code
+// builds its nodes through the module it adds them to; debug builds check that no call came from elsewhere
+// and stop at one that did.
+void VisitorFindEmptyAndNeverCalledFunctions::_CheckCallsListed() const
 {
-	return true;
+#ifndef NDEBUG
+	struct Check
+	{
+		std::set<const FunctionCall*> setListed;
+		bool OnCall(FunctionCall* pCall, TIParentSyntax<Expression>*)
+		{
+			if (pCall->GetName() == nullptr || setListed.count(pCall) != 0)
+				return true;
+			TARSEL_ASSERT_MSG(false, "call outside its module's list");
+			std::abort();
+		}
+	} check{{_vCalls.begin(), _vCalls.end()}};
+	TVisitorSyntaxDelegate<FunctionCall, TIParentSyntax<Expression>> walk(
+	    MakeDelegate(&check, &Check::OnCall));
+	_pModule->AcceptVisitor(&walk);
+#endif
 }
 
 void VisitorFindEmptyAndNeverCalledFunctions::_MarkCalls()

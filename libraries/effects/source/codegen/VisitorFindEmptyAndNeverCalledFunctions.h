@@ -25,15 +25,13 @@ public:
 
 	using Visitor::Visit;
 
-	// False only when the walk over the calls fails; no never-called mark is made then.
+	// Reads the calls from the module's list of calls and those of the modules it borrowed, not by walking
+	// the tree: on a large module the walk alone would be most of the pass, all of it memory traffic.
 	bool Visit(Module* pModule) override;
 	// Takes back every mark the last Visit made, while its module lives. A graph's module borrows its
 	// shaders' code, so the marks sit on nodes that other graphs print too; the graph clears them once its
 	// program is printed.
 	void ClearMarks();
-	bool Visit(FunctionCall* pNode, TIParentSyntax<Expression>* pParent) override;
-	// Prototypes hold no calls; on large modules the walk is mostly memory traffic, so they are skipped.
-	bool Visit(FunctionPrototype* pNode) override;
 
 private:
 	struct Record
@@ -55,6 +53,8 @@ private:
 	void _CollectPrototypes();
 	void _MarkEmpty();
 	void _MarkNeverCalled();
+	void _CollectCalls(const Module* pModule);
+	void _CheckCallsListed() const;
 	void _MarkCalls();
 	bool _IsEntryPoint(std::string_view sName) const;
 

@@ -281,10 +281,12 @@ public:
 	void SetOptimization(Optimization eOptimization) { _eOptimization = eOptimization; }
 
 private:
+	friend class Module;
 	String* _pName;
 	Type* _pType;
 	std::vector<Expression*> _vParameters;
 	Optimization _eOptimization = kOptimization_Kept;
+	uint32_t _iCallSlot = 0; // in the module's list of calls
 };
 
 // The condition of a loop: an expression, or a declaration with initializer; exactly one is set.

@@ -57,6 +57,7 @@ Module::~Module()
 {
 	std::vector<String*> vStrings;
 	vStrings.swap(_vStrings);
+	_vCalls.clear(); // the calls deleted below need not leave one by one
 	_mInterfaces.clear();
 	for (Syntax* pNode : _vOwned)
 		Syntax::Destroy(pNode);
@@ -84,10 +85,27 @@ bool Module::_Remove(std::vector<T*>& vTable, T* pNode)
 	return true;
 }
 
+void Module::_AddCall(FunctionCall* pCall)
+{
+	pCall->_iCallSlot = static_cast<uint32_t>(_vCalls.size());
+	_vCalls.push_back(pCall);
+}
+
+void Module::_RemoveCall(FunctionCall* pCall)
+{
+	const uint32_t iSlot = pCall->_iCallSlot;
+	if (iSlot >= _vCalls.size() || _vCalls[iSlot] != pCall)
+		return;
+	_vCalls[iSlot] = _vCalls.back();
+	_vCalls[iSlot]->_iCallSlot = iSlot;
+	_vCalls.pop_back();
+}
+
 void Module::Borrow(Module* pSource)
 {
 	if (pSource == nullptr || pSource == this)
 		return;
+	_vBorrowedModules.push_back(pSource);
 	const auto append = [](auto& vTable, const auto& vSource)
 	{ vTable.insert(vTable.end(), vSource.begin(), vSource.end()); };
 	append(_vVariableDeclarations, pSource->_vVariableDeclarations);

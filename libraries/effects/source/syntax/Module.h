@@ -30,6 +30,10 @@ public:
 	// graph collects the code of its shaders. This module walks and prints them but neither deletes them
 	// nor hands them out through Remove: the source must outlive this module and stay unchanged meanwhile.
 	void Borrow(Module* pSource);
+	const std::vector<Module*>& GetBorrowedModules() const { return _vBorrowedModules; }
+	// Every function call made by this module's factories and not yet deleted, in no particular order: a
+	// pass that wants only the calls reads them here instead of walking every node.
+	const std::vector<FunctionCall*>& GetFunctionCalls() const { return _vCalls; }
 	virtual bool AcceptVisitor(Visitor* pVisitor) const;
 	virtual bool AcceptVisitor(Visitor* pVisitor);
 
@@ -160,6 +164,9 @@ public:
 	const LineMap* KeepLineMap(const LineMap& map);
 
 private:
+	friend class FunctionCall;
+	void _AddCall(FunctionCall* pCall);
+	void _RemoveCall(FunctionCall* pCall);
 	template <class T>
 	bool _Add(std::vector<T*>& vTable, T* pNode);
 	template <class T>
@@ -169,6 +176,8 @@ private:
 	// The nodes of the tables that this module deletes, in the order they were added; the rest are
 	// borrowed.
 	std::vector<Syntax*> _vOwned;
+	std::vector<Module*> _vBorrowedModules;
+	std::vector<FunctionCall*> _vCalls; // each call knows its slot
 	std::vector<DeclarationStatement*> _vVariableDeclarations;
 	std::vector<FunctionPrototype*> _vFunctionDeclarations;
 	std::vector<FunctionDefinition*> _vFunctionDefinitions;

@@ -580,14 +580,20 @@ bool Subscript::Equals(const Expression* pOther) const
 FunctionCall::FunctionCall(Module* pModule, String* pName)
     : Expression(pModule), _pName(pName), _pType(nullptr)
 {
+	if (pModule)
+		pModule->_AddCall(this);
 }
 
 FunctionCall::FunctionCall(Module* pModule, Type* pType) : Expression(pModule), _pName(nullptr), _pType(pType)
 {
+	if (pModule)
+		pModule->_AddCall(this);
 }
 
 FunctionCall::~FunctionCall()
 {
+	if (GetModule())
+		GetModule()->_RemoveCall(this);
 	DestroySequence(_vParameters);
 	_Destroy(_pType);
 	ReleaseString(GetModule(), _pName);
