@@ -67,9 +67,9 @@ void BM_FindUnusedFunctions(benchmark::State& state)
 	state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
-// A bare walk over the same module: the floor of any pass over it. A module of 10,000 such functions still
-// fits the cache of the machines we measure on, one of 100,000 does not, so even this grows faster than the
-// module between those sizes.
+// A bare walk over the same module, which the pass avoids by reading the module's list of calls. A module of
+// 10,000 such functions still fits the last-level cache of the machines we measure on, one of 100,000 does
+// not, so even this grows faster than the module between those sizes.
 void BM_WalkModule(benchmark::State& state)
 {
 	std::unique_ptr<Module> pModule = Parsed(state);

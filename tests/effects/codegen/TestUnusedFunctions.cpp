@@ -69,10 +69,10 @@ TEST(UnusedFunctions, OnlyWhatIsProvablyUnusedIsMarked)
 // bug in the code that built it, which debug builds stop at rather than let its function go.
 TEST(UnusedFunctionsDeathTest, ACallMadeByAnotherModuleStopsDebugBuilds)
 {
+	Module other; // outlives the tree that holds its call
 	Tree t;
-	Module other;
 	t.Define(t.Proto(kType_Void, "work"), {t.E(t.V("x"))});
-	t.Define(t.Proto(kType_Void, "caller"), {t.E(other.CreateFunctionCall(t.m->CreateString("work")))});
+	t.Define(t.Proto(kType_Void, "caller"), {t.E(other.CreateFunctionCall(other.CreateString("work")))});
 	VisitorFindEmptyAndNeverCalledFunctions optimizer(nullptr);
 	EXPECT_DEBUG_DEATH(optimizer.Visit(t.m.get()), "call outside its module's list");
 }
