@@ -100,6 +100,26 @@ protected:
 		        graph->GetConstructorStatic(), graph->GetConstructor()};
 	}
 
+	// Two shaders of Hooks, the second referenced in the first one's graph, which is compiled.
+	struct Referenced
+	{
+		IShader* root;
+		IShader* other;
+		IGraph* graph;
+		IReferenceShader* reference;
+	};
+	Referenced CompileReferenced()
+	{
+		Load("Hooks.tsl", kHooks);
+		Referenced referenced{Create("Hooks"), Create("Hooks"), nullptr, nullptr};
+		referenced.graph = referenced.root->GetGraphSurface();
+		referenced.reference = referenced.other->AcquireReference(referenced.graph);
+		EXPECT_NE(referenced.reference, nullptr);
+		if (referenced.reference)
+			Compile(referenced.graph);
+		return referenced;
+	}
+
 	std::vector<IQLProgram*> programs;
 };
 
@@ -137,13 +157,8 @@ TEST_F(UnusedFunctionTest, EmptyAndUncalledFunctionsPrintAsCommentsAndTheProgram
 
 TEST_F(UnusedFunctionTest, MethodsOfAShaderThatIsNotTheRootGoUnderTheirMangledNames)
 {
-	Load("Hooks.tsl", kHooks);
-	IShader* root = Create("Hooks");
-	IShader* other = Create("Hooks");
-	IGraph* graph = root->GetGraphSurface();
-	IReferenceShader* reference = other->AcquireReference(graph);
+	const auto [root, other, graph, reference] = CompileReferenced();
 	ASSERT_NE(reference, nullptr);
-	Compile(graph);
 	const std::string text = Text(graph);
 	EXPECT_TRUE(Contains(text, "// optimizer removed definition of never-called function " +
 	                               other->GetMethodNameMangled("Shade") + "\n"))
@@ -163,13 +178,8 @@ TEST_F(UnusedFunctionTest, MethodsOfAShaderThatIsNotTheRootGoUnderTheirMangledNa
 // graph must not show in another graph's program, nor in the next program of the same graph.
 TEST_F(UnusedFunctionTest, MarksOfOneCompileStayOutOfEveryOtherProgram)
 {
-	Load("Hooks.tsl", kHooks);
-	IShader* root = Create("Hooks");
-	IShader* other = Create("Hooks");
-	IGraph* graph = root->GetGraphSurface();
-	IReferenceShader* reference = other->AcquireReference(graph);
+	const auto [root, other, graph, reference] = CompileReferenced();
 	ASSERT_NE(reference, nullptr);
-	Compile(graph);
 	const std::string shade = other->GetMethodNameMangled("Shade");
 	ASSERT_TRUE(Contains(Text(graph), "never-called function " + shade + "\n")) << Text(graph);
 
