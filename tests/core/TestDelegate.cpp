@@ -163,3 +163,29 @@ TEST(ListenerSet, ListenersAddedDuringNotifyWaitForTheNextOne)
 	EXPECT_EQ(adders[1].nCalls, 1);
 	EXPECT_TRUE(set.Contains(MakeDelegate(&adders[1], &Adder::OnEvent)));
 }
+
+TEST(ListenerSet, EmptiedOneByOneAndRefilledKeepsItsOrder)
+{
+	std::vector<std::string> log;
+	std::vector<Listener> listeners(10);
+	ListenerSet<FastDelegate1<int, bool>> set;
+	for (size_t i = 0; i < listeners.size(); ++i)
+	{
+		listeners[i] = Listener{&log, std::to_string(i)};
+		set.Add(MakeDelegate(&listeners[i], &Listener::OnEvent));
+	}
+	// Removed from the front, as a scene torn down in creation order; the vector's addresses ascend.
+	for (size_t i = 0; i < 8; ++i)
+		set.Remove(MakeDelegate(&listeners[i], &Listener::OnEvent));
+	set.Remove(MakeDelegate(&listeners[0], &Listener::OnEvent));
+	EXPECT_EQ(set.size(), 2u);
+	set.Add(MakeDelegate(&listeners[3], &Listener::OnEvent));
+	set.Add(MakeDelegate(&listeners[9], &Listener::OnEvent));
+	EXPECT_EQ(set.size(), 3u);
+	EXPECT_FALSE(set.Contains(MakeDelegate(&listeners[4], &Listener::OnEvent)));
+	EXPECT_TRUE(set.Notify(0));
+	EXPECT_EQ(log, (std::vector<std::string>{"30", "80", "90"}));
+	for (size_t i : {3, 8, 9})
+		set.Remove(MakeDelegate(&listeners[i], &Listener::OnEvent));
+	EXPECT_TRUE(set.empty());
+}

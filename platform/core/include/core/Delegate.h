@@ -116,27 +116,38 @@ class ListenerSet
 public:
 	bool Add(const D& delegate)
 	{
-		auto it = std::lower_bound(_vDelegates.begin(), _vDelegates.end(), delegate);
-		if (it == _vDelegates.end() || delegate < *it)
+		auto it = _Find(delegate);
+		if (it != _vEntries.end() && !(delegate < it->delegate))
 		{
-			_vDelegates.insert(it, delegate);
-			++_nChanges;
+			if (!it->bLive)
+			{
+				it->bLive = true;
+				--_nDead;
+				++_nChanges;
+			}
+			return true;
 		}
+		_vEntries.insert(it, Entry{delegate, true});
+		++_nChanges;
 		return true;
 	}
 	bool Remove(const D& delegate)
 	{
-		auto it = std::lower_bound(_vDelegates.begin(), _vDelegates.end(), delegate);
-		if (it != _vDelegates.end() && !(delegate < *it))
-		{
-			_vDelegates.erase(it);
-			++_nChanges;
-		}
+		auto it = _Find(delegate);
+		if (it == _vEntries.end() || delegate < it->delegate || !it->bLive)
+			return true;
+		// Marked, not erased: a set of thousands emptied one by one would otherwise move its tail each time.
+		it->bLive = false;
+		++_nDead;
+		++_nChanges;
+		if (2 * _nDead > _vEntries.size())
+			_Compact();
 		return true;
 	}
 	bool Contains(const D& delegate) const
 	{
-		return std::binary_search(_vDelegates.begin(), _vDelegates.end(), delegate);
+		auto it = _Find(delegate);
+		return it != _vEntries.end() && !(delegate < it->delegate) && it->bLive;
 	}
 
 	// Stops at the first listener that answers false and answers false; an empty set answers true.
@@ -164,29 +175,58 @@ public:
 
 	void clear()
 	{
-		_vDelegates.clear();
+		_vEntries.clear();
+		_nDead = 0;
 		++_nChanges;
 	}
-	size_t size() const { return _vDelegates.size(); }
-	bool empty() const { return _vDelegates.empty(); }
-	typename std::vector<D>::const_iterator begin() const { return _vDelegates.begin(); }
-	typename std::vector<D>::const_iterator end() const { return _vDelegates.end(); }
+	size_t size() const { return _vEntries.size() - _nDead; }
+	bool empty() const { return size() == 0; }
 
 private:
+	struct Entry
+	{
+		D delegate;
+		bool bLive;
+	};
+
+	typename std::vector<Entry>::const_iterator _Find(const D& delegate) const
+	{
+		return std::lower_bound(_vEntries.begin(), _vEntries.end(), delegate,
+		                        [](const Entry& entry, const D& key) { return entry.delegate < key; });
+	}
+	typename std::vector<Entry>::iterator _Find(const D& delegate)
+	{
+		return std::lower_bound(_vEntries.begin(), _vEntries.end(), delegate,
+		                        [](const Entry& entry, const D& key) { return entry.delegate < key; });
+	}
+	void _Compact()
+	{
+		_vEntries.erase(std::remove_if(_vEntries.begin(), _vEntries.end(),
+		                               [](const Entry& entry) { return !entry.bLive; }),
+		                _vEntries.end());
+		_nDead = 0;
+	}
+
 	// Calls the listeners present when the call began, in order, while call answers true. A listener may
 	// add or remove listeners: those removed meanwhile are skipped, those added wait for the next call.
 	template <class F>
 	void _Call(F call) const
 	{
-		const std::vector<D> vSnapshot = _vDelegates;
+		std::vector<D> vSnapshot;
+		vSnapshot.reserve(size());
+		for (const Entry& entry : _vEntries)
+			if (entry.bLive)
+				vSnapshot.push_back(entry.delegate);
 		const size_t nChanges = _nChanges;
 		for (const D& delegate : vSnapshot)
 			if ((_nChanges == nChanges || Contains(delegate)) && !call(delegate))
 				return;
 	}
 
-	// Sorted, so that listeners are called in the same order on every run.
-	std::vector<D> _vDelegates;
+	// Sorted, so that listeners are called in the same order on every run; removed ones stay as dead
+	// entries until they are half of the list.
+	std::vector<Entry> _vEntries;
+	size_t _nDead = 0;
 	size_t _nChanges = 0;
 };
 } // namespace Tarsel
