@@ -5,23 +5,6 @@
 namespace Tarsel::Effects
 {
 
-void FunctionNameTable::PackedNames::Clear()
-{
-	_vSpans.clear();
-	_sBytes.clear();
-}
-
-void FunctionNameTable::PackedNames::Add(std::string_view sName)
-{
-	_vSpans.push_back(Span{static_cast<uint32_t>(_sBytes.size()), static_cast<uint32_t>(sName.size())});
-	_sBytes.append(sName);
-}
-
-std::string_view FunctionNameTable::PackedNames::operator[](size_t i) const
-{
-	return std::string_view(_sBytes.data() + _vSpans[i].iBegin, _vSpans[i].nLength);
-}
-
 void FunctionNameTable::Batch::Clear()
 {
 	_names.Clear();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "codegen/PackedNames.h"
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -16,25 +18,6 @@ class FunctionNameTable
 {
 public:
 	static constexpr uint32_t kAbsent = UINT32_MAX;
-
-	// Copies of names, packed in one buffer and read back by position.
-	class PackedNames
-	{
-	public:
-		void Clear();
-		void Add(std::string_view sName);
-		size_t Size() const { return _vSpans.size(); }
-		std::string_view operator[](size_t i) const;
-
-	private:
-		struct Span
-		{
-			uint32_t iBegin = 0;
-			uint32_t nLength = 0;
-		};
-		std::vector<Span> _vSpans;
-		std::string _sBytes;
-	};
 
 	// Names to look up together. Each is copied and hashed as it is added, while its node is still in the
 	// cache, so the lookups later read only this batch and the table.

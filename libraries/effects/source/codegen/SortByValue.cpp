@@ -1,9 +1,9 @@
 #include "codegen/SortByValue.h"
+#include "codegen/PackedNames.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <string>
 #include <string_view>
 
 namespace Tarsel::Effects
@@ -50,9 +50,7 @@ struct Key
 {
 	std::array<int, 4> aFields;
 	bool bName;
-	uint32_t iName; // the name's place in the sorter's packed names
-	uint32_t nName;
-	uint32_t iNode; // the node's place before sorting
+	uint32_t iNode; // the node's place before sorting, and its name's in the packed names
 };
 
 template <class N>
@@ -60,17 +58,15 @@ void SortKeyed(std::vector<N*>& vNodes)
 {
 	if (vNodes.size() < 2)
 		return;
-	std::string sNames;
+	PackedNames names;
 	std::vector<Key> vKeys(vNodes.size());
 	for (size_t i = 0; i < vNodes.size(); ++i)
 	{
 		const Leading leading = LeadingOf(vNodes[i]);
-		const std::string_view sName = leading.pName ? std::string_view(leading.pName->GetString()) : "";
-		vKeys[i] = {leading.aFields, leading.pName != nullptr, static_cast<uint32_t>(sNames.size()),
-		            static_cast<uint32_t>(sName.size()), static_cast<uint32_t>(i)};
-		sNames += sName;
+		vKeys[i] = {leading.aFields, leading.pName != nullptr, static_cast<uint32_t>(i)};
+		names.Add(leading.pName ? std::string_view(leading.pName->GetString()) : "");
 	}
-	const auto name = [&](const Key& key) { return std::string_view(sNames).substr(key.iName, key.nName); };
+	const auto name = [&](const Key& key) { return names[key.iNode]; };
 	std::stable_sort(vKeys.begin(), vKeys.end(),
 	                 [&](const Key& a, const Key& b)
 	                 {

@@ -38,9 +38,9 @@ public:
 	using ParameterInterface::Get;
 	using ParameterInterface::Set;
 
-	// The count uniform, and a dispatch function with the declarations it calls for every method.
+	// The count uniform.
 	bool CollectShader(Module* pModule) override;
-	// The dispatch functions.
+	// A dispatch function for every method, with the declarations of the element methods it calls.
 	bool CollectShaderGenerated(Module* pModule) override;
 	bool VisitTransformations(VisitorTransformation& delegate) override;
 	bool IsArray() const override { return true; }

@@ -116,8 +116,8 @@ class ListenerSet
 public:
 	bool Add(const D& delegate)
 	{
-		auto it = _Find(delegate);
-		if (it != _vEntries.end() && !(delegate < it->delegate))
+		auto it = _Find(_vEntries, delegate);
+		if (_Holds(it, delegate))
 		{
 			if (!it->bLive)
 			{
@@ -133,8 +133,8 @@ public:
 	}
 	bool Remove(const D& delegate)
 	{
-		auto it = _Find(delegate);
-		if (it == _vEntries.end() || delegate < it->delegate || !it->bLive)
+		auto it = _Find(_vEntries, delegate);
+		if (!_Holds(it, delegate) || !it->bLive)
 			return true;
 		// Marked, not erased: a set of thousands emptied one by one would otherwise move its tail each time.
 		it->bLive = false;
@@ -146,8 +146,8 @@ public:
 	}
 	bool Contains(const D& delegate) const
 	{
-		auto it = _Find(delegate);
-		return it != _vEntries.end() && !(delegate < it->delegate) && it->bLive;
+		auto it = _Find(_vEntries, delegate);
+		return _Holds(it, delegate) && it->bLive;
 	}
 
 	// Stops at the first listener that answers false and answers false; an empty set answers true.
@@ -189,15 +189,17 @@ private:
 		bool bLive;
 	};
 
-	typename std::vector<Entry>::const_iterator _Find(const D& delegate) const
+	// The entry of the delegate, live or dead, or where it would go.
+	template <class V>
+	static auto _Find(V& vEntries, const D& delegate)
 	{
-		return std::lower_bound(_vEntries.begin(), _vEntries.end(), delegate,
+		return std::lower_bound(vEntries.begin(), vEntries.end(), delegate,
 		                        [](const Entry& entry, const D& key) { return entry.delegate < key; });
 	}
-	typename std::vector<Entry>::iterator _Find(const D& delegate)
+	template <class It>
+	bool _Holds(It it, const D& delegate) const
 	{
-		return std::lower_bound(_vEntries.begin(), _vEntries.end(), delegate,
-		                        [](const Entry& entry, const D& key) { return entry.delegate < key; });
+		return it != _vEntries.end() && !(delegate < it->delegate);
 	}
 	void _Compact()
 	{
