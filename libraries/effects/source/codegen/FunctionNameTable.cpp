@@ -11,6 +11,12 @@ void FunctionNameTable::Batch::Clear()
 	_vHashes.clear();
 }
 
+void FunctionNameTable::Batch::Reserve(size_t nNames, size_t nBytes)
+{
+	_names.Reserve(nNames, nBytes);
+	_vHashes.reserve(nNames);
+}
+
 void FunctionNameTable::Batch::Add(std::string_view sName)
 {
 	_names.Add(sName);

@@ -25,6 +25,8 @@ public:
 	{
 	public:
 		void Clear();
+		// Room for nNames names of about nBytes bytes in all, so that adding never moves what was added.
+		void Reserve(size_t nNames, size_t nBytes);
 		void Add(std::string_view sName);
 		size_t Size() const { return _vHashes.size(); }
 		std::string_view Name(size_t i) const { return _names[i]; }

@@ -9,6 +9,12 @@ void PackedNames::Clear()
 	_sBytes.clear();
 }
 
+void PackedNames::Reserve(size_t nNames, size_t nBytes)
+{
+	_vSpans.reserve(nNames);
+	_sBytes.reserve(nBytes);
+}
+
 void PackedNames::Add(std::string_view sName)
 {
 	_vSpans.push_back(Span{static_cast<uint32_t>(_sBytes.size()), static_cast<uint32_t>(sName.size())});

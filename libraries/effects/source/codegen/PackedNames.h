@@ -14,6 +14,7 @@ class PackedNames
 {
 public:
 	void Clear();
+	void Reserve(size_t nNames, size_t nBytes);
 	void Add(std::string_view sName);
 	size_t Size() const { return _vSpans.size(); }
 	std::string_view operator[](size_t i) const;

@@ -8,6 +8,7 @@
 
 #include "core/Assert.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace Tarsel::Effects
@@ -64,17 +65,9 @@ void FetchingAhead(const std::vector<T*>& vNodes, Near near, Nearest nearest, St
 	}
 }
 
-void FetchPrototype(const FunctionPrototype* pPrototype)
+void FetchName(const FunctionPrototype* pPrototype)
 {
 	Fetch(pPrototype->GetName());
-	Fetch(pPrototype->GetReturnType());
-	Fetch(pPrototype->GetParameters().data());
-}
-
-void FetchParameters(const FunctionPrototype* pPrototype)
-{
-	for (const FunctionParameter* pParameter : pPrototype->GetParameters())
-		Fetch(pParameter);
 }
 
 } // namespace
@@ -90,6 +83,7 @@ bool VisitorFindEmptyAndNeverCalledFunctions::Visit(Module* pModule)
 	_vRecordsMarked.clear();
 	_vCallsMarked.clear();
 	_setEntryPoints.clear();
+	_ReserveForNames();
 	_CollectEntryPoints();
 	_CollectPrototypes();
 	_MarkEmpty();
@@ -102,6 +96,20 @@ bool VisitorFindEmptyAndNeverCalledFunctions::Visit(Module* pModule)
 	_MarkCalls();
 	_MarkNeverCalled();
 	return true;
+}
+
+// On a large module, growing the lists by doubling would copy them and write to memory twice.
+void VisitorFindEmptyAndNeverCalledFunctions::_ReserveForNames()
+{
+	size_t nCalls = _pModule->GetFunctionCalls().size();
+	for (const Module* pBorrowed : _pModule->GetBorrowedModules())
+		nCalls += pBorrowed->GetFunctionCalls().size();
+	_vCalls.reserve(nCalls);
+	const size_t nNames =
+	    std::max({nCalls, _pModule->GetCountFunctionDeclarations(), _pModule->GetCountFunctionDefinitions()});
+	constexpr size_t kBytesPerName = 24;
+	_namesQueried.Reserve(nNames, nNames * kBytesPerName);
+	_vNumbers.reserve(nNames);
 }
 
 void VisitorFindEmptyAndNeverCalledFunctions::ClearMarks()
@@ -145,19 +153,19 @@ bool VisitorFindEmptyAndNeverCalledFunctions::_OnRootMethod(FunctionPrototype* p
 
 void VisitorFindEmptyAndNeverCalledFunctions::_CollectPrototypes()
 {
-	// Name and signature in one read of each prototype.
+	const std::vector<FunctionPrototype*>& vDeclarations = _pModule->GetFunctionDeclarations();
 	std::vector<FunctionPrototype*> vPrototypes;
-	std::vector<std::string> vSignatures;
+	vPrototypes.reserve(vDeclarations.size());
 	_namesQueried.Clear();
-	FetchingAhead(_pModule->GetFunctionDeclarations(), FetchPrototype, FetchParameters,
-	              [&](FunctionPrototype* pPrototype, size_t)
-	              {
-		              if (pPrototype->GetName() == nullptr)
-			              return;
-		              vPrototypes.push_back(pPrototype);
-		              vSignatures.push_back(Signature(pPrototype));
-		              _namesQueried.Add(pPrototype->GetName()->GetString());
-	              });
+	FetchingAhead(
+	    vDeclarations, FetchName, [](const FunctionPrototype*) {},
+	    [&](FunctionPrototype* pPrototype, size_t)
+	    {
+		    if (pPrototype->GetName() == nullptr)
+			    return;
+		    vPrototypes.push_back(pPrototype);
+		    _namesQueried.Add(pPrototype->GetName()->GetString());
+	    });
 	_names.Reset(vPrototypes.size());
 	_names.AddAll(_namesQueried, _vNumbers);
 	_vRecords.assign(_names.Size(), Record());
@@ -166,10 +174,10 @@ void VisitorFindEmptyAndNeverCalledFunctions::_CollectPrototypes()
 	{
 		Record& stored = _vRecords[_vNumbers[i]];
 		// Once overloads are seen the name stays kept: one overload's emptiness says nothing of the others.
-		if (stored.pPrototype && stored.sSignature != vSignatures[i])
+		// Parameters are read only for names declared twice, which few are.
+		if (stored.pPrototype && Signature(stored.pPrototype) != Signature(vPrototypes[i]))
 			_vMarks[_vNumbers[i]] |= kMark_Keep;
 		stored.pPrototype = vPrototypes[i];
-		stored.sSignature = std::move(vSignatures[i]);
 	}
 }
 
@@ -185,7 +193,7 @@ void VisitorFindEmptyAndNeverCalledFunctions::_MarkEmpty()
 		Fetch(pDefinition->GetCompoundStatement());
 	};
 	const auto nearest = [](const FunctionDefinition* pDefinition)
-	{ FetchPrototype(pDefinition->GetFunctionPrototype()); };
+	{ FetchName(pDefinition->GetFunctionPrototype()); };
 	FetchingAhead(vDefinitions, near, nearest,
 	              [&](const FunctionDefinition* pDefinition, size_t i)
 	              {
@@ -193,9 +201,7 @@ void VisitorFindEmptyAndNeverCalledFunctions::_MarkEmpty()
 		              const CompoundStatement* pBody = pDefinition->GetCompoundStatement();
 		              const String* pName = pPrototype->GetName();
 		              _namesQueried.Add(pName ? std::string_view(pName->GetString()) : std::string_view());
-		              // A call of a function that returns a value sits inside an expression, where a comment
-		              // cannot stand in for it, so only void functions count as empty.
-		              vCouldBeEmpty[i] = pBody && pBody->GetCountStatements() == 0 && ReturnsVoid(pPrototype);
+		              vCouldBeEmpty[i] = pBody && pBody->GetCountStatements() == 0;
 	              });
 	_names.FindAll(_namesQueried, _vNumbers);
 	for (size_t i = 0; i < vDefinitions.size(); ++i)
@@ -205,7 +211,10 @@ void VisitorFindEmptyAndNeverCalledFunctions::_MarkEmpty()
 			continue;
 		Record& record = _vRecords[iNumber];
 		record.pDefinition = vDefinitions[i];
-		if (!vCouldBeEmpty[i] || (_vMarks[iNumber] & kMark_Keep) || _IsEntryPoint(_names.Name(iNumber)))
+		// A call of a function that returns a value sits inside an expression, where a comment cannot stand
+		// in for it, so only void functions count as empty. Read here, for the few empty bodies only.
+		if (!vCouldBeEmpty[i] || !ReturnsVoid(record.pDefinition->GetFunctionPrototype()) ||
+		    (_vMarks[iNumber] & kMark_Keep) || _IsEntryPoint(_names.Name(iNumber)))
 			continue;
 		_vMarks[iNumber] |= kMark_Empty;
 		SetMarks(record.pPrototype, record.pDefinition, kOptimization_Empty);

@@ -38,7 +38,6 @@ private:
 	{
 		FunctionPrototype* pPrototype = nullptr;
 		FunctionDefinition* pDefinition = nullptr;
-		std::string sSignature;
 	};
 	// Kept apart from the records: the calls touch them in no useful order, and at a byte each they stay
 	// in the cache.
@@ -48,6 +47,7 @@ private:
 		kMark_Empty = 2,
 	};
 
+	void _ReserveForNames();
 	void _CollectEntryPoints();
 	bool _OnRootMethod(FunctionPrototype* pPrototype);
 	void _CollectPrototypes();

@@ -54,7 +54,10 @@ struct Page
 	bool bListed;
 };
 
-constexpr size_t kFirstBlock = (sizeof(Page) + kGranule - 1) / kGranule * kGranule;
+// Blocks start on a cache line, so that every block of 64 bytes (strings, many small nodes) is one line, and
+// a node's fields are not split between two lines more often than its size makes them.
+constexpr size_t kCacheLine = 64;
+constexpr size_t kFirstBlock = (sizeof(Page) + kCacheLine - 1) / kCacheLine * kCacheLine;
 
 struct Pool
 {
