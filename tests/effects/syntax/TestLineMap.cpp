@@ -78,7 +78,7 @@ TEST(LineMap, ParserNamesTheFileOfEachLine)
 	EXPECT_EQ(functions[1]->GetRange().GetLocationText(), "inc.tsl:1");
 	EXPECT_EQ(functions[3]->GetRange().GetLocationText(), "main.tsl:6");
 	// The library name stays the source; the file is an addition.
-	EXPECT_EQ(functions[1]->GetRange()._pSource, &parsed.sName);
+	EXPECT_EQ(functions[1]->GetRange().GetSource(), &parsed.sName);
 	EXPECT_EQ(*functions[1]->GetRange().GetFile(), "dir/inc.tsl");
 	// Copies into other modules keep pointing at names that live with the parsed module.
 	std::unique_ptr<Module> pCopy(Module::Create());

@@ -405,7 +405,7 @@ TEST(TslParser, RangesSpanFirstToLastToken)
 	ExpectRange(pSum->GetLeft(), 12, 2, 12, 4);
 	ExpectRange(pSum->GetRight(), 12, 7, 12, 16);
 	ExpectRange(Cast<BinaryOperator>(pSum->GetRight())->GetRight(), 12, 13, 12, 16);
-	EXPECT_EQ(pSum->GetRange()._pSource, &pParsed->sName);
+	EXPECT_EQ(pSum->GetRange().GetSource(), &pParsed->sName);
 
 	const SelectionStatement* pIf = Cast<SelectionStatement>(pParsed->pModule->GetStatements()[0]);
 	ExpectRange(pIf, 13, 2, 15, 8);

@@ -214,7 +214,7 @@ TEST(TslScanner, RangesAreLinesAndByteColumns)
 		EXPECT_EQ(ranges[i]._iEndLine, expected[i].line) << i;
 		EXPECT_EQ(ranges[i]._iBeginColumn, expected[i].begin) << i;
 		EXPECT_EQ(ranges[i]._iEndColumn, expected[i].end) << i;
-		EXPECT_EQ(ranges[i]._pSource, nullptr) << i;
+		EXPECT_EQ(ranges[i].GetSource(), nullptr) << i;
 	}
 	EXPECT_EQ(scanned.recorder.iNewLines, 3);
 }

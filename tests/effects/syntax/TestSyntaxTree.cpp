@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <set>
+#include <thread>
 
 using namespace Tarsel;
 using namespace Tarsel::Effects;
@@ -117,6 +118,35 @@ TEST(SyntaxRange, FirstAndLastCombineBeginEndAndSource)
 	p->ClearRange();
 	EXPECT_EQ(LocationRange(), p->GetRange());
 	EXPECT_EQ("<generated>:0", p->GetRange().GetLocationText());
+}
+
+// Ranges keep their names as one shared pair; a join must still combine the last one's library with the
+// first one's file, and threads parsing at once must agree on the pairs.
+TEST(SyntaxRange, NamesAreSharedPairsThatJoinsCombine)
+{
+	const std::string sLibrary = "lib", sOther = "other", sIncluded = "inc.tsl";
+	const LocationRange included(&sLibrary, 1, 0, 1, 4, &sIncluded);
+	EXPECT_EQ(included._pFiles, LocationRange(&sLibrary, 7, 0, 9, 1, &sIncluded)._pFiles);
+	EXPECT_NE(included._pFiles, LocationRange(&sLibrary, 1, 0, 1, 4)._pFiles);
+	const std::string* pUnknown = nullptr;
+	EXPECT_EQ(nullptr, LocationRange(pUnknown, 1, 0, 1, 4)._pFiles);
+
+	Module m;
+	TreeBuilder b(&m);
+	std::unique_ptr<Expression> p(b.Int(1));
+	p->SetRange(included, LocationRange(&sOther, 3, 0, 3, 2));
+	EXPECT_EQ(&sOther, p->GetRange().GetSource());
+	EXPECT_EQ(&sIncluded, p->GetRange().GetFileWritten());
+	EXPECT_EQ("inc.tsl:1", p->GetRange().GetLocationText());
+
+	std::vector<const SourceFiles*> vFound(4);
+	std::vector<std::thread> vThreads;
+	for (size_t i = 0; i < vFound.size(); ++i)
+		vThreads.emplace_back([&, i] { vFound[i] = SourceFiles::Intern(&sOther, &sIncluded); });
+	for (std::thread& thread : vThreads)
+		thread.join();
+	for (const SourceFiles* pFound : vFound)
+		EXPECT_EQ(p->GetRange()._pFiles, pFound);
 }
 
 TEST(SyntaxRange, CompoundStatementSpansItsStatements)

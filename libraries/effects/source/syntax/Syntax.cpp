@@ -6,7 +6,10 @@
 #include <atomic>
 #include <cstdint>
 #include <cstring>
+#include <functional>
+#include <mutex>
 #include <new>
+#include <set>
 
 namespace Tarsel::Effects
 {
@@ -241,11 +244,61 @@ void Syntax::Destroy(Syntax* pNode)
 // Ranges and strings
 // ---------------------------------------------------------------------------------------------------------
 
+namespace
+{
+
+struct SourceFilesLess
+{
+	bool operator()(const SourceFiles& a, const SourceFiles& b) const
+	{
+		return std::less<>()(a.pSource, b.pSource) ||
+		       (a.pSource == b.pSource && std::less<>()(a.pFile, b.pFile));
+	}
+};
+
+// Never destroyed: nodes destroyed during static destruction may still intern their ranges' names.
+struct InternedFiles
+{
+	std::mutex mutex;
+	std::set<SourceFiles, SourceFilesLess> setFiles;
+};
+
+InternedFiles& Interned()
+{
+	static InternedFiles* pInterned = new InternedFiles;
+	return *pInterned;
+}
+
+// The parser asks for the same two or three pairs token after token; they are found here without the lock.
+constexpr size_t kRecentFiles = 4;
+thread_local const SourceFiles* t_apRecentFiles[kRecentFiles] = {};
+thread_local size_t t_iNextRecentFiles = 0;
+
+} // namespace
+
+const SourceFiles* SourceFiles::Intern(const std::string* pSource, const std::string* pFile)
+{
+	if (pSource == nullptr && pFile == nullptr)
+		return nullptr;
+	for (const SourceFiles* pRecent : t_apRecentFiles)
+		if (pRecent && pRecent->pSource == pSource && pRecent->pFile == pFile)
+			return pRecent;
+	InternedFiles& interned = Interned();
+	const SourceFiles* pFiles;
+	{
+		std::lock_guard<std::mutex> lock(interned.mutex);
+		pFiles = &*interned.setFiles.insert(SourceFiles{pSource, pFile}).first;
+	}
+	t_apRecentFiles[t_iNextRecentFiles] = pFiles;
+	t_iNextRecentFiles = (t_iNextRecentFiles + 1) % kRecentFiles;
+	return pFiles;
+}
+
 bool LocationRange::operator==(const LocationRange& other) const
 {
-	return _pSource == other._pSource && _iBeginLine == other._iBeginLine &&
+	return _pFiles == other._pFiles && _iBeginLine == other._iBeginLine &&
 	       _iBeginColumn == other._iBeginColumn && _iEndLine == other._iEndLine &&
-	       _iEndColumn == other._iEndColumn && _pFile == other._pFile;
+	       _iEndColumn == other._iEndColumn;
 }
 
 std::string LocationRange::GetLocationText() const
@@ -268,8 +321,9 @@ void Syntax::SetRange(const Syntax* pSyntax)
 void Syntax::SetRange(const LocationRange& first, const LocationRange& last)
 {
 	LocationRange range = first;
-	if (last._pSource)
-		range._pSource = last._pSource;
+	const std::string* pSource = last.GetSource();
+	if (pSource && pSource != first.GetSource())
+		range._pFiles = SourceFiles::Intern(pSource, first.GetFileWritten());
 	range._iEndLine = last._iEndLine;
 	range._iEndColumn = last._iEndColumn;
 	_range = range;

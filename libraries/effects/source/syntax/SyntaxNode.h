@@ -23,33 +23,56 @@ class TIParentSyntax;
 template <class T>
 class TParentSyntaxConst;
 
+// The names a node's lines belong to. Every node of a file shares one such pair, so that a range holds one
+// pointer instead of two: hundreds of thousands of nodes are 8 bytes smaller, and more of them fit a cache
+// line. Pairs are interned for the life of the process; there are a few per library ever parsed.
+struct SourceFiles
+{
+	const std::string* pSource; // the library name the parser was given; null when unknown
+	// The file the first line was written in, as the preprocessor named it (an included file, or the
+	// library's own); null when the text came without a line map.
+	const std::string* pFile;
+
+	// The one pair of these names, or null when both are null. Thread-safe.
+	static const SourceFiles* Intern(const std::string* pSource, const std::string* pFile);
+};
+
 // Source span of a node. Lines are those of the file the text was written in (a library's text may splice
-// several files); columns are 0-based byte offsets, the end column is just past the last token.
+// several files); columns are 0-based byte offsets, the end column is just past the last token. The end
+// line counts in the file of the last token.
 struct LocationRange
 {
-	const std::string* _pSource = nullptr; // the library name the parser was given; null when unknown
+	const SourceFiles* _pFiles = nullptr;
 	int32_t _iBeginLine = 0;
 	int32_t _iBeginColumn = 0;
 	int32_t _iEndLine = 0;
 	int32_t _iEndColumn = 0;
-	// The file the first line was written in, as the preprocessor named it (an included file, or the
-	// library's own); null when the text came without a line map. The end line counts in the file of the
-	// last token.
-	const std::string* _pFile = nullptr;
 
 	LocationRange() = default;
 	LocationRange(const std::string* pSource, int32_t iBeginLine, int32_t iBeginColumn, int32_t iEndLine,
 	              int32_t iEndColumn, const std::string* pFile = nullptr)
-	    : _pSource(pSource), _iBeginLine(iBeginLine), _iBeginColumn(iBeginColumn), _iEndLine(iEndLine),
-	      _iEndColumn(iEndColumn), _pFile(pFile)
+	    : _pFiles(SourceFiles::Intern(pSource, pFile)), _iBeginLine(iBeginLine), _iBeginColumn(iBeginColumn),
+	      _iEndLine(iEndLine), _iEndColumn(iEndColumn)
+	{
+	}
+	LocationRange(const SourceFiles* pFiles, int32_t iBeginLine, int32_t iBeginColumn, int32_t iEndLine,
+	              int32_t iEndColumn)
+	    : _pFiles(pFiles), _iBeginLine(iBeginLine), _iBeginColumn(iBeginColumn), _iEndLine(iEndLine),
+	      _iEndColumn(iEndColumn)
 	{
 	}
 
 	bool operator==(const LocationRange& other) const;
 	bool operator!=(const LocationRange& other) const { return !(*this == other); }
 
+	const std::string* GetSource() const { return _pFiles ? _pFiles->pSource : nullptr; }
+	const std::string* GetFileWritten() const { return _pFiles ? _pFiles->pFile : nullptr; }
 	// The file the node was written in: the included file's path, else the library name; null when unknown.
-	const std::string* GetFile() const { return _pFile ? _pFile : _pSource; }
+	const std::string* GetFile() const
+	{
+		const std::string* pFile = GetFileWritten();
+		return pFile ? pFile : GetSource();
+	}
 	// File name without directories (or "<generated>"), ":" and the begin line: where a user finds the node.
 	std::string GetLocationText() const;
 };

@@ -39,8 +39,9 @@ T* As(const TslSymbol& symbol)
 TslRange Join(const TslRange& first, const TslRange& last)
 {
 	TslRange range = first;
-	if (last.pSource)
-		range.pSource = last.pSource;
+	const std::string* pSource = last.pFiles ? last.pFiles->pSource : nullptr;
+	if (pSource && pSource != (first.pFiles ? first.pFiles->pSource : nullptr))
+		range.pFiles = SourceFiles::Intern(pSource, first.pFiles ? first.pFiles->pFile : nullptr);
 	range.iEndLine = last.iEndLine;
 	range.iEndColumn = last.iEndColumn;
 	return range;
@@ -80,6 +81,8 @@ bool TslParser::Parse(Module* pModule, const std::string& name, const std::strin
 bool TslParser::Parse(Module* pModule, const std::string& name, const std::string& text, const LineMap& lines)
 {
 	_psName = &name;
+	_pTokenFile = nullptr;
+	_pTokenFiles = SourceFiles::Intern(_psName, nullptr);
 	_psText = &text;
 	_pModule = pModule;
 	// A map without lines names no file, so only one with lines needs to live as long as the nodes.
@@ -119,8 +122,13 @@ bool TslParser::_Feed(int token, const LocationRange& range, long value, const c
 		return false;
 	_iCurrentToken = token;
 	_currentToken = TslSymbol{};
-	_currentToken.range = {_psName,         range._iBeginLine, range._iBeginColumn,
-	                       range._iEndLine, range._iEndColumn, range._pFile};
+	if (range.GetFileWritten() != _pTokenFile)
+	{
+		_pTokenFile = range.GetFileWritten();
+		_pTokenFiles = SourceFiles::Intern(_psName, _pTokenFile);
+	}
+	_currentToken.range = {_pTokenFiles, range._iBeginLine, range._iBeginColumn, range._iEndLine,
+	                       range._iEndColumn};
 	_currentToken.iValue = value;
 	if (pText)
 	{
@@ -238,8 +246,8 @@ void TslParser::_SetRange(TslSymbol& symbol, const TslRange& first, const TslRan
 {
 	const TslRange& range = symbol.range = Join(first, last);
 	if (symbol.pNode)
-		symbol.pNode->SetRange(LocationRange(range.pSource, range.iBeginLine, range.iBeginColumn,
-		                                     range.iEndLine, range.iEndColumn, range.pFile));
+		symbol.pNode->SetRange(LocationRange(range.pFiles, range.iBeginLine, range.iBeginColumn,
+		                                     range.iEndLine, range.iEndColumn));
 }
 
 void TslParser::_Adopt(TslSymbol& parent, const TslSymbol& child)

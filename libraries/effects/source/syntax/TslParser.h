@@ -15,12 +15,11 @@ namespace Tarsel::Effects
 // records.
 struct TslRange
 {
-	const std::string* pSource;
+	const SourceFiles* pFiles;
 	int32_t iBeginLine;
 	int32_t iBeginColumn;
 	int32_t iEndLine;
 	int32_t iEndColumn;
-	const std::string* pFile; // where the first line was written, as LocationRange::_pFile
 };
 
 // One entry of the parsing machine's stack: a token's value, or the node that a rule has built so far.
@@ -194,6 +193,9 @@ private:
 	bool _Register(TslSymbol& definition);
 
 	const std::string* _psName = nullptr;
+	// The names of the last token's file, kept since the file changes only at included text.
+	const std::string* _pTokenFile = nullptr;
+	const SourceFiles* _pTokenFiles = nullptr;
 	const std::string* _psText = nullptr;
 	void* _pMachine = nullptr;
 	Module* _pModule = nullptr;

@@ -194,6 +194,7 @@ bool TslScanner::Init(IParser* pParser, const std::string& text, const LineMap& 
 	_pLines = &lines;
 	_iLine = 1;
 	_position = lines.Resolve(_iLine);
+	_pFiles = SourceFiles::Intern(nullptr, _position.pFile);
 	return true;
 }
 
@@ -247,13 +248,14 @@ void TslScanner::_NewLine(const char* pAfter)
 	_pLineStart = pAfter;
 	++_iLine;
 	_position = _pLines->Resolve(_iLine);
+	_pFiles = SourceFiles::Intern(nullptr, _position.pFile);
 	_pParser->NewLine();
 }
 
 LocationRange TslScanner::_Range() const
 {
-	return LocationRange(nullptr, _position.iLine, int32_t(_pTokenStart - _pLineStart), _position.iLine,
-	                     int32_t(_pTokenEnd - _pLineStart), _position.pFile);
+	return LocationRange(_pFiles, _position.iLine, int32_t(_pTokenStart - _pLineStart), _position.iLine,
+	                     int32_t(_pTokenEnd - _pLineStart));
 }
 
 void TslScanner::_Send(int token)

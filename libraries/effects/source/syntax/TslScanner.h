@@ -176,7 +176,8 @@ private:
 	int32_t _iLine = 0; // line of the text, from 1
 	const LineMap* _pLines = nullptr;
 	LineMap::Position _position{}; // where the current line was written
-	LineMap _offsetOnly;           // the map of Init with a plain offset
+	const SourceFiles* _pFiles = nullptr;
+	LineMap _offsetOnly; // the map of Init with a plain offset
 };
 
 } // namespace Tarsel::Effects
