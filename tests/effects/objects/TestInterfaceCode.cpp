@@ -242,6 +242,21 @@ TEST_F(InterfaceCodeTest, AnArrayOfAClassDispatchesEveryInstanceMethod)
 	EXPECT_EQ(text.find(Dispatch(lamps, "lamps", "Scale")), std::string::npos);
 }
 
+TEST_F(InterfaceCodeTest, AShaderInTwoSlotsIsDeclaredOnceAndDispatchedFromBoth)
+{
+	IShader* loops = Create("Loops");
+	IShader* spot = Create("Spot");
+	IShader* twice[] = {spot, spot};
+	ASSERT_TRUE(loops->GetParameter("lights")->SetLength(2));
+	ASSERT_TRUE(loops->SetParameter(nullptr, "lights", twice, 2));
+	const std::string text = Print(loops);
+	const std::string emit = spot->GetMethodNameMangled("Emit");
+	EXPECT_EQ(Count(text, "vec3 " + emit + "(vec3 P);"), 1) << text;
+	EXPECT_EQ(Count(Function(text, "vec3 " + Dispatch(loops, "lights", "Emit")), "return " + emit + "(P);"),
+	          2)
+	    << text;
+}
+
 // Values are renamed before the loops are unrolled: every copy and the dispatched index use the uniforms.
 TEST_F(InterfaceCodeTest, InputsUsedBesideTheArrayAreRenamedInEveryCopy)
 {

@@ -1,6 +1,7 @@
 #include "objects/ParameterInterfaceArray.h"
 
 #include <set>
+#include <unordered_set>
 
 #include "core/Assert.h"
 #include "manager/MgrEffectsImpl.h"
@@ -322,7 +323,10 @@ bool ParameterInterfaceArray::_CreateFunctionSwitchBody(Module* pModule, const F
 	const std::string sMethod = pMethod->GetName()->GetString();
 	const bool bVoid =
 	    pMethod->GetReturnType()->GetTypeSpecifier() == kType_Void && !pMethod->GetReturnType()->IsArray();
-	std::set<std::string> setDeclared;
+	// A shader in several slots is declared once. Hashed: an ordered set would compare long, alike names
+	// at every one of thousands of elements.
+	std::unordered_set<std::string> setDeclared;
+	setDeclared.reserve(static_cast<size_t>(GetLength()));
 	for (int index = 0; index < GetLength(); ++index)
 	{
 		IShader* pShader = _GetSlot(index);
