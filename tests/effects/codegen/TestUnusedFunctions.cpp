@@ -99,5 +99,51 @@ TEST(UnusedFunctions, ClearingTakesEveryMarkBack)
 		EXPECT_EQ(pCall->GetOptimization(), kOptimization_Kept);
 }
 
+// Far more functions than the pass reads ahead, with names too long to sit in their string nodes: every
+// mark must land on the node it was decided for. Every seventh function is empty, the others call two.
+TEST(UnusedFunctions, EveryMarkOfALargeModuleLandsOnItsOwnNode)
+{
+	constexpr int n = 500;
+	const auto Name = [](int i) { return "AFunctionWithALongName_" + std::to_string(i); };
+	const auto Callees = [&](int i) { return std::vector<int>{(i * 7 + 1) % n, (i * 13 + 3) % n}; };
+	const auto IsEmpty = [](int i) { return i % 7 == 0; };
+	std::string sText;
+	std::vector<bool> vCalled(n);
+	for (int i = 0; i < n; ++i)
+	{
+		sText += "void " + Name(i) + "(float a)\n{\n";
+		if (!IsEmpty(i))
+			for (int iCallee : Callees(i))
+			{
+				sText += "\t" + Name(iCallee) + "(a);\n";
+				vCalled[iCallee] = true;
+			}
+		sText += "}\n";
+	}
+	std::unique_ptr<Module> pModule(Module::Create());
+	std::vector<std::string> vErrors;
+	ASSERT_TRUE(TslParser::Parse(pModule.get(), vErrors, "large", sText, 0));
+	const std::vector<FunctionDefinition*> vDefinitions = pModule->GetFunctionDefinitions();
+	for (FunctionDefinition* pDefinition : vDefinitions)
+		pModule->AddFunctionDeclaration(pDefinition->GetFunctionPrototype()->Clone(pModule.get()));
+
+	VisitorFindEmptyAndNeverCalledFunctions optimizer(nullptr);
+	ASSERT_TRUE(optimizer.Visit(pModule.get()));
+	const auto Expected = [&](int i) {
+		return IsEmpty(i) ? kOptimization_Empty : vCalled[i] ? kOptimization_Kept : kOptimization_NeverCalled;
+	};
+	const auto NumberOf = [&](const String* pName)
+	{ return std::stoi(pName->GetString().substr(Name(0).size() - 1)); };
+	for (int i = 0; i < n; ++i)
+	{
+		ASSERT_EQ(vDefinitions[i]->GetOptimization(), Expected(i)) << Name(i);
+		ASSERT_EQ(pModule->GetFunctionDeclarations()[i]->GetOptimization(), Expected(i)) << Name(i);
+	}
+	for (const FunctionCall* pCall : pModule->GetFunctionCalls())
+		ASSERT_EQ(pCall->GetOptimization(),
+		          IsEmpty(NumberOf(pCall->GetName())) ? kOptimization_Empty : kOptimization_Kept)
+		    << pCall->GetName()->GetString();
+}
+
 } // namespace
 } // namespace Tarsel::Effects::Testing

@@ -3,7 +3,6 @@
 #include "codegen/PackedNames.h"
 
 #include <cstdint>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -11,39 +10,26 @@ namespace Tarsel::Effects
 {
 
 // Numbers the distinct function names of a module, 0, 1, 2, ... in the order they are added. Open-addressed
-// over flat arrays with the names packed in one buffer, and looked up in batches that fetch each slot a few
-// names ahead: on modules of many thousand functions a lookup per call is a cache miss, and a node-based
-// map's pointer chasing, one miss after the other, dominated the passes that use it.
+// over flat arrays with the names packed in one buffer. A caller that streams many names hashes each a few
+// steps early and fetches its slot: on modules of many thousand functions a lookup is otherwise a cache miss,
+// and a node-based map's pointer chasing, one miss after the other, dominated the passes that use it.
 class FunctionNameTable
 {
 public:
 	static constexpr uint32_t kAbsent = UINT32_MAX;
 
-	// Names to look up together. Each is copied and hashed as it is added, while its node is still in the
-	// cache, so the lookups later read only this batch and the table.
-	class Batch
-	{
-	public:
-		void Clear();
-		// Room for nNames names of about nBytes bytes in all, so that adding never moves what was added.
-		void Reserve(size_t nNames, size_t nBytes);
-		void Add(std::string_view sName);
-		size_t Size() const { return _vHashes.size(); }
-		std::string_view Name(size_t i) const { return _names[i]; }
-		uint32_t Hash(size_t i) const { return _vHashes[i]; }
+	static uint32_t Hash(std::string_view sName);
 
-	private:
-		PackedNames _names;
-		std::vector<uint32_t> _vHashes;
-	};
-
-	// Empties the table, sized for about nExpected names.
-	void Reset(size_t nExpected);
-	// The number of each name, in order; a new name gets the next number.
-	void AddAll(const Batch& names, std::vector<uint32_t>& vNumbers);
-	// The number of each name, kAbsent for names never added.
-	void FindAll(const Batch& names, std::vector<uint32_t>& vNumbers) const;
-	uint32_t Find(std::string_view sName) const;
+	// Empties the table and makes room for nNames names, so that adding them moves no slot.
+	void Reset(size_t nNames);
+	// Starts fetching the slot where the probe for a name of this hash begins.
+	void Prefetch(uint32_t iHash) const { __builtin_prefetch(&_vSlots[iHash & (_vSlots.size() - 1)]); }
+	// The name's number; a new name gets the next number.
+	uint32_t Add(std::string_view sName, uint32_t iHash);
+	uint32_t Add(std::string_view sName) { return Add(sName, Hash(sName)); }
+	// The name's number, kAbsent for a name never added.
+	uint32_t Find(std::string_view sName, uint32_t iHash) const;
+	uint32_t Find(std::string_view sName) const { return Find(sName, Hash(sName)); }
 
 	size_t Size() const { return _names.Size(); }
 	std::string_view Name(uint32_t iNumber) const { return _names[iNumber]; }
@@ -54,14 +40,9 @@ private:
 		uint32_t iHash = 0;
 		uint32_t iNumber = kAbsent; // kAbsent marks a free slot
 	};
-	static uint32_t _Hash(std::string_view sName);
 	// The index of the slot holding the name, or of the free slot where it belongs.
 	size_t _Probe(std::string_view sName, uint32_t iHash) const;
-	uint32_t _Add(std::string_view sName, uint32_t iHash);
 	void _Grow(size_t nNames);
-	// Calls step(i) for every name in order, having fetched the name's slot a few steps before.
-	template <class Step>
-	void _Pipelined(const Batch& names, Step step) const;
 
 	std::vector<Slot> _vSlots = std::vector<Slot>(16);
 	PackedNames _names; // by number

@@ -9,6 +9,7 @@
 #include "core/Assert.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 
 namespace Tarsel::Effects
@@ -44,31 +45,76 @@ void Fetch(const void* p)
 		__builtin_prefetch(p);
 }
 
-// Runs step over every node of a list, fetching the node kFar places ahead, what the node kNear places
-// ahead points to (near) and what that points to kNearest places ahead (nearest). A large module's nodes lie
-// far apart, and their misses then overlap instead of queueing one behind the other.
-constexpr size_t kFar = 48, kNear = 24, kNearest = 12;
+const String* NameOf(const FunctionPrototype* pPrototype)
+{
+	return pPrototype->GetName();
+}
 
-template <class T, class Near, class Nearest, class Step>
-void FetchingAhead(const std::vector<T*>& vNodes, Near near, Nearest nearest, Step step)
+const String* NameOf(const FunctionDefinition* pDefinition)
+{
+	return pDefinition->GetFunctionPrototype()->GetName();
+}
+
+const String* NameOf(const FunctionCall* pCall)
+{
+	return pCall->GetName();
+}
+
+// A node's name, hashed some steps before the step that looks it up.
+struct Named
+{
+	std::string_view sName;
+	uint32_t iHash = 0;
+	bool bNamed = false;
+};
+
+// Runs step(node, name) over every node of a list as a pipeline. The node is fetched kFar places ahead of
+// its step, what it points to (near) kNear places ahead, its name kName places ahead, and the name's text
+// and what its children point to (nearer) kText places ahead; kHash places ahead the name is hashed and its
+// table slot fetched. Each stage is far enough behind the one before for a miss to arrive. A large module's
+// nodes lie far apart, and their misses then overlap instead of queueing one behind the other; and each node
+// is read while it is still in the cache, so that nothing of it is copied aside to be read again later.
+constexpr size_t kFar = 64, kNear = 48, kName = 32, kText = 16, kHash = 8, kRing = 16;
+static_assert(kRing > kHash, "a name hashed ahead must not overwrite one still to be stepped");
+
+template <class T, class Near, class Nearer, class Step>
+void Streamed(const std::vector<T*>& vNodes, const FunctionNameTable& names, Near near, Nearer nearer,
+              Step step)
 {
 	const size_t n = vNodes.size();
+	std::array<Named, kRing> ring;
+	const auto hash = [&](size_t j)
+	{
+		const String* pName = NameOf(vNodes[j]);
+		Named& named = ring[j % kRing];
+		named.bNamed = pName != nullptr;
+		named.sName = pName ? std::string_view(pName->GetString()) : std::string_view();
+		named.iHash = FunctionNameTable::Hash(named.sName);
+		names.Prefetch(named.iHash);
+	};
+	for (size_t j = 0; j < std::min(n, kHash); ++j)
+		hash(j);
 	for (size_t i = 0; i < n; ++i)
 	{
 		if (i + kFar < n)
 			Fetch(vNodes[i + kFar]);
 		if (i + kNear < n)
 			near(vNodes[i + kNear]);
-		if (i + kNearest < n)
-			nearest(vNodes[i + kNearest]);
-		step(vNodes[i], i);
+		if (i + kName < n)
+			Fetch(NameOf(vNodes[i + kName]));
+		if (i + kText < n)
+		{
+			nearer(vNodes[i + kText]);
+			if (const String* pName = NameOf(vNodes[i + kText]))
+				Fetch(pName->c_str());
+		}
+		if (i + kHash < n)
+			hash(i + kHash);
+		step(vNodes[i], ring[i % kRing]);
 	}
 }
 
-void FetchName(const FunctionPrototype* pPrototype)
-{
-	Fetch(pPrototype->GetName());
-}
+void Nothing(const void*) {}
 
 } // namespace
 
@@ -83,33 +129,15 @@ bool VisitorFindEmptyAndNeverCalledFunctions::Visit(Module* pModule)
 	_vRecordsMarked.clear();
 	_vCallsMarked.clear();
 	_setEntryPoints.clear();
-	_ReserveForNames();
 	_CollectEntryPoints();
 	_CollectPrototypes();
 	_MarkEmpty();
-	_vCalls.clear();
-	_namesQueried.Clear();
-	_CollectCalls(pModule);
+	_MarkCalls(pModule);
 	for (const Module* pBorrowed : pModule->GetBorrowedModules())
-		_CollectCalls(pBorrowed);
+		_MarkCalls(pBorrowed);
 	_CheckCallsListed();
-	_MarkCalls();
 	_MarkNeverCalled();
 	return true;
-}
-
-// On a large module, growing the lists by doubling would copy them and write to memory twice.
-void VisitorFindEmptyAndNeverCalledFunctions::_ReserveForNames()
-{
-	size_t nCalls = _pModule->GetFunctionCalls().size();
-	for (const Module* pBorrowed : _pModule->GetBorrowedModules())
-		nCalls += pBorrowed->GetFunctionCalls().size();
-	_vCalls.reserve(nCalls);
-	const size_t nNames =
-	    std::max({nCalls, _pModule->GetCountFunctionDeclarations(), _pModule->GetCountFunctionDefinitions()});
-	constexpr size_t kBytesPerName = 24;
-	_namesQueried.Reserve(nNames, nNames * kBytesPerName);
-	_vNumbers.reserve(nNames);
 }
 
 void VisitorFindEmptyAndNeverCalledFunctions::ClearMarks()
@@ -154,87 +182,86 @@ bool VisitorFindEmptyAndNeverCalledFunctions::_OnRootMethod(FunctionPrototype* p
 void VisitorFindEmptyAndNeverCalledFunctions::_CollectPrototypes()
 {
 	const std::vector<FunctionPrototype*>& vDeclarations = _pModule->GetFunctionDeclarations();
-	std::vector<FunctionPrototype*> vPrototypes;
-	vPrototypes.reserve(vDeclarations.size());
-	_namesQueried.Clear();
-	FetchingAhead(
-	    vDeclarations, FetchName, [](const FunctionPrototype*) {},
-	    [&](FunctionPrototype* pPrototype, size_t)
-	    {
-		    if (pPrototype->GetName() == nullptr)
-			    return;
-		    vPrototypes.push_back(pPrototype);
-		    _namesQueried.Add(pPrototype->GetName()->GetString());
-	    });
-	_names.Reset(vPrototypes.size());
-	_names.AddAll(_namesQueried, _vNumbers);
-	_vRecords.assign(_names.Size(), Record());
-	_vMarks.assign(_names.Size(), 0);
-	for (size_t i = 0; i < vPrototypes.size(); ++i)
-	{
-		Record& stored = _vRecords[_vNumbers[i]];
-		// Once overloads are seen the name stays kept: one overload's emptiness says nothing of the others.
-		// Parameters are read only for names declared twice, which few are.
-		if (stored.pPrototype && Signature(stored.pPrototype) != Signature(vPrototypes[i]))
-			_vMarks[_vNumbers[i]] |= kMark_Keep;
-		stored.pPrototype = vPrototypes[i];
-	}
+	_names.Reset(vDeclarations.size());
+	_vRecords.clear();
+	_vRecords.reserve(vDeclarations.size());
+	_vMarks.clear();
+	_vMarks.reserve(vDeclarations.size());
+	Streamed(vDeclarations, _names, Nothing, Nothing,
+	         [&](FunctionPrototype* pPrototype, const Named& named)
+	         {
+		         if (!named.bNamed)
+			         return;
+		         const uint32_t iNumber = _names.Add(named.sName, named.iHash);
+		         if (iNumber == _vRecords.size())
+		         {
+			         _vRecords.push_back(Record{pPrototype, nullptr});
+			         _vMarks.push_back(0);
+			         return;
+		         }
+		         // Once overloads are seen the name stays kept: one overload's emptiness says nothing of the
+		         // others. Parameters are read only for names declared twice, which few are.
+		         Record& stored = _vRecords[iNumber];
+		         if (Signature(stored.pPrototype) != Signature(pPrototype))
+			         _vMarks[iNumber] |= kMark_Keep;
+		         stored.pPrototype = pPrototype;
+	         });
 }
 
 void VisitorFindEmptyAndNeverCalledFunctions::_MarkEmpty()
 {
-	const std::vector<FunctionDefinition*>& vDefinitions = _pModule->GetFunctionDefinitions();
-	// One read of each definition: a large module's nodes are not in the cache a second time.
-	std::vector<bool> vCouldBeEmpty(vDefinitions.size());
-	_namesQueried.Clear();
 	const auto near = [](const FunctionDefinition* pDefinition)
 	{
 		Fetch(pDefinition->GetFunctionPrototype());
 		Fetch(pDefinition->GetCompoundStatement());
 	};
-	const auto nearest = [](const FunctionDefinition* pDefinition)
-	{ FetchName(pDefinition->GetFunctionPrototype()); };
-	FetchingAhead(vDefinitions, near, nearest,
-	              [&](const FunctionDefinition* pDefinition, size_t i)
-	              {
-		              const FunctionPrototype* pPrototype = pDefinition->GetFunctionPrototype();
-		              const CompoundStatement* pBody = pDefinition->GetCompoundStatement();
-		              const String* pName = pPrototype->GetName();
-		              _namesQueried.Add(pName ? std::string_view(pName->GetString()) : std::string_view());
-		              vCouldBeEmpty[i] = pBody && pBody->GetCountStatements() == 0;
-	              });
-	_names.FindAll(_namesQueried, _vNumbers);
-	for (size_t i = 0; i < vDefinitions.size(); ++i)
+	// The return type is read only for empty bodies, which few are.
+	const auto nearer = [](const FunctionDefinition* pDefinition)
 	{
-		const uint32_t iNumber = _vNumbers[i];
-		if (iNumber == FunctionNameTable::kAbsent)
-			continue;
-		Record& record = _vRecords[iNumber];
-		record.pDefinition = vDefinitions[i];
-		// A call of a function that returns a value sits inside an expression, where a comment cannot stand
-		// in for it, so only void functions count as empty. Read here, for the few empty bodies only.
-		if (!vCouldBeEmpty[i] || !ReturnsVoid(record.pDefinition->GetFunctionPrototype()) ||
-		    (_vMarks[iNumber] & kMark_Keep) || _IsEntryPoint(_names.Name(iNumber)))
-			continue;
-		_vMarks[iNumber] |= kMark_Empty;
-		SetMarks(record.pPrototype, record.pDefinition, kOptimization_Empty);
-		_vRecordsMarked.push_back(iNumber);
-	}
+		const CompoundStatement* pBody = pDefinition->GetCompoundStatement();
+		if (pBody && pBody->GetCountStatements() == 0)
+			Fetch(pDefinition->GetFunctionPrototype()->GetReturnType());
+	};
+	Streamed(_pModule->GetFunctionDefinitions(), _names, near, nearer,
+	         [&](FunctionDefinition* pDefinition, const Named& named)
+	         {
+		         const uint32_t iNumber =
+		             named.bNamed ? _names.Find(named.sName, named.iHash) : FunctionNameTable::kAbsent;
+		         if (iNumber == FunctionNameTable::kAbsent)
+			         return;
+		         Record& record = _vRecords[iNumber];
+		         record.pDefinition = pDefinition;
+		         // A call of a function that returns a value sits inside an expression, where a comment
+		         // cannot stand in for it, so only void functions count as empty.
+		         const CompoundStatement* pBody = pDefinition->GetCompoundStatement();
+		         if (!pBody || pBody->GetCountStatements() != 0 ||
+		             !ReturnsVoid(pDefinition->GetFunctionPrototype()) || (_vMarks[iNumber] & kMark_Keep) ||
+		             _IsEntryPoint(named.sName))
+			         return;
+		         _vMarks[iNumber] |= kMark_Empty;
+		         SetMarks(record.pPrototype, pDefinition, kOptimization_Empty);
+		         _vRecordsMarked.push_back(iNumber);
+	         });
 }
 
 // A call made by the module but not in its tree only keeps its function: the error is on the safe side.
-void VisitorFindEmptyAndNeverCalledFunctions::_CollectCalls(const Module* pModule)
+void VisitorFindEmptyAndNeverCalledFunctions::_MarkCalls(const Module* pModule)
 {
-	FetchingAhead(
-	    pModule->GetFunctionCalls(), [](const FunctionCall* pCall) { Fetch(pCall->GetName()); },
-	    [](const FunctionCall*) {},
-	    [&](FunctionCall* pCall, size_t)
-	    {
-		    if (pCall->GetName() == nullptr)
-			    return;
-		    _vCalls.push_back(pCall);
-		    _namesQueried.Add(pCall->GetName()->GetString());
-	    });
+	const auto step = [&](FunctionCall* pCall, const Named& named)
+	{
+		const uint32_t iNumber =
+		    named.bNamed ? _names.Find(named.sName, named.iHash) : FunctionNameTable::kAbsent;
+		if (iNumber == FunctionNameTable::kAbsent)
+			return;
+		if (_vMarks[iNumber] & kMark_Empty)
+		{
+			pCall->SetOptimization(kOptimization_Empty);
+			_vCallsMarked.push_back(pCall);
+		}
+		else
+			_vMarks[iNumber] |= kMark_Keep;
+	};
+	Streamed(pModule->GetFunctionCalls(), _names, Nothing, Nothing, step);
 }
 
 // A call in the tree that no list holds would let its function go while the program still calls it. Code
@@ -253,29 +280,14 @@ void VisitorFindEmptyAndNeverCalledFunctions::_CheckCallsListed() const
 			TARSEL_ASSERT_MSG(false, "call outside its module's list");
 			std::abort();
 		}
-	} check{{_vCalls.begin(), _vCalls.end()}};
+	} check;
+	check.setListed.insert(_pModule->GetFunctionCalls().begin(), _pModule->GetFunctionCalls().end());
+	for (const Module* pBorrowed : _pModule->GetBorrowedModules())
+		check.setListed.insert(pBorrowed->GetFunctionCalls().begin(), pBorrowed->GetFunctionCalls().end());
 	TVisitorSyntaxDelegate<FunctionCall, TIParentSyntax<Expression>> walk(
 	    MakeDelegate(&check, &Check::OnCall));
 	_pModule->AcceptVisitor(&walk);
 #endif
-}
-
-void VisitorFindEmptyAndNeverCalledFunctions::_MarkCalls()
-{
-	_names.FindAll(_namesQueried, _vNumbers);
-	for (size_t i = 0; i < _vCalls.size(); ++i)
-	{
-		const uint32_t iNumber = _vNumbers[i];
-		if (iNumber == FunctionNameTable::kAbsent)
-			continue;
-		if (_vMarks[iNumber] & kMark_Empty)
-		{
-			_vCalls[i]->SetOptimization(kOptimization_Empty);
-			_vCallsMarked.push_back(_vCalls[i]);
-		}
-		else
-			_vMarks[iNumber] |= kMark_Keep;
-	}
 }
 
 void VisitorFindEmptyAndNeverCalledFunctions::_MarkNeverCalled()

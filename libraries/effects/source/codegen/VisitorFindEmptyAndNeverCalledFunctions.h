@@ -47,15 +47,13 @@ private:
 		kMark_Empty = 2,
 	};
 
-	void _ReserveForNames();
 	void _CollectEntryPoints();
 	bool _OnRootMethod(FunctionPrototype* pPrototype);
 	void _CollectPrototypes();
 	void _MarkEmpty();
-	void _MarkNeverCalled();
-	void _CollectCalls(const Module* pModule);
+	void _MarkCalls(const Module* pModule);
 	void _CheckCallsListed() const;
-	void _MarkCalls();
+	void _MarkNeverCalled();
 	bool _IsEntryPoint(std::string_view sName) const;
 
 	Module* _pModule;
@@ -63,11 +61,8 @@ private:
 	FunctionNameTable _names;
 	std::vector<Record> _vRecords; // by the name's number
 	std::vector<uint8_t> _vMarks;  // by the name's number
-	std::vector<FunctionCall*> _vCalls;
 	std::vector<uint32_t> _vRecordsMarked;
 	std::vector<FunctionCall*> _vCallsMarked;
-	FunctionNameTable::Batch _namesQueried;
-	std::vector<uint32_t> _vNumbers;
 	std::set<std::string, std::less<>> _setEntryPoints;
 };
 
