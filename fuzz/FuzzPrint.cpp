@@ -1,9 +1,11 @@
 // Parse, print, parse again: the two trees must be equal and print the same text, and a text that the device
-// compiles must still compile once printed.
+// compiles must still compile once printed, and once printed without its unused functions. Taking the
+// pass's marks back must print the text as before.
 #include "FuzzSupport.h"
 
 #include <memory>
 
+#include "codegen/VisitorFindEmptyAndNeverCalledFunctions.h"
 #include "codegen/VisitorPrintTsl.h"
 #include "quillon/Reference.h"
 #include "syntax/Module.h"
@@ -62,6 +64,25 @@ std::vector<std::string> CompileErrors(ReferenceContext& context, const std::str
 	return errors;
 }
 
+std::string Printed(Module* pModule)
+{
+	VisitorPrintTsl printer(nullptr, nullptr, false);
+	TARSEL_FUZZ_CHECK(printer.Visit(pModule), "a module that printed once fails to print");
+	return printer.result();
+}
+
+// A function the pass lets go while something still calls it would leave a call to an undeclared function.
+void CheckOptimized(ReferenceContext& context, Module* pModule, const std::string& sPrinted)
+{
+	VisitorFindEmptyAndNeverCalledFunctions pass(nullptr);
+	pass.Visit(pModule);
+	const std::string sOptimized = Printed(pModule);
+	const std::vector<std::string> errors = CompileErrors(context, sOptimized);
+	TARSEL_FUZZ_CHECK(errors.empty(), errors.front() + "\n" + sOptimized);
+	pass.ClearMarks();
+	TARSEL_FUZZ_CHECK(Printed(pModule) == sPrinted, sPrinted + "\n----\n" + Printed(pModule));
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
@@ -95,6 +116,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 	{
 		const std::vector<std::string> printedErrors = CompileErrors(context, first.result());
 		TARSEL_FUZZ_CHECK(printedErrors.empty(), printedErrors.front() + "\n" + first.result());
+		CheckOptimized(context, pOriginal.get(), first.result());
 	}
 	return 0;
 }

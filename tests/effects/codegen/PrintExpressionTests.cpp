@@ -51,6 +51,13 @@ TEST(PrintExpression, AdjacentTokensNeverFuse)
 	                  kOperator_Subtract),
 	            "a---= -b"},
 	           {t.Op(kOperator_Less, t.V("a"), t.Un(kOperator_Subtract, t.V("b"))), "(a<-b)"},
+	           // Runs of unary operators: the last token is read from the last place one must start.
+	           {t.Un(kOperator_Subtract,
+	                 t.Un(kOperator_Not, t.Un(kOperator_Subtract, t.Un(kOperator_Subtract, t.V("x"))))),
+	            "-!- -x"},
+	           {t.Un(kOperator_Not,
+	                 t.Un(kOperator_Not, t.Un(kOperator_Decrement, t.Un(kOperator_Subtract, t.V("x"))))),
+	            "!!---x"},
 	           {t.Field(t.I(1), "x"), "1 .x"},
 	           {t.Field(t.F("1.0"), "x"), "1.0.x"},
 	       });

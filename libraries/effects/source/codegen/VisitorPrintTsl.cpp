@@ -93,14 +93,22 @@ bool IsLongOperator(std::string_view s)
 	return std::find(std::begin(s_aTokens), std::end(s_aTokens), s) != std::end(s_aTokens);
 }
 
-// The last token of the operator characters that end the text, read from where they begin as the
-// scanner reads them.
+// The last token of the operator characters that end the text, as the scanner reads them. A token starts
+// wherever the two characters before its first do not form a long operator, since the last two characters
+// of every long operator form one too; reading from there, not from where the run began, keeps runs such
+// as "!!!!" linear to print.
 std::string_view LastOperatorToken(const std::string& sText)
 {
-	size_t nStart = sText.size();
-	while (nStart > 0 && IsOperatorCharacter(sText[nStart - 1]))
+	const std::string_view sAll(sText);
+	size_t nStart = sAll.size();
+	while (nStart > 0 && IsOperatorCharacter(sAll[nStart - 1]))
+	{
 		--nStart;
-	std::string_view sRun(sText.data() + nStart, sText.size() - nStart);
+		if (nStart > 0 && IsOperatorCharacter(sAll[nStart - 1]) &&
+		    !IsLongOperator(sAll.substr(nStart - 1, 2)))
+			break;
+	}
+	std::string_view sRun = sAll.substr(nStart);
 	for (;;)
 	{
 		size_t nLength = 1;
