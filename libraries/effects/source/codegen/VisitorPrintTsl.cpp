@@ -104,8 +104,7 @@ std::string_view LastOperatorToken(const std::string& sText)
 	while (nStart > 0 && IsOperatorCharacter(sAll[nStart - 1]))
 	{
 		--nStart;
-		if (nStart > 0 && IsOperatorCharacter(sAll[nStart - 1]) &&
-		    !IsLongOperator(sAll.substr(nStart - 1, 2)))
+		if (nStart > 0 && !IsLongOperator(sAll.substr(nStart - 1, 2)))
 			break;
 	}
 	std::string_view sRun = sAll.substr(nStart);
